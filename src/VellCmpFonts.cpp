@@ -1,0 +1,281 @@
+#include "VellCmpFonts.h"
+
+#include <array>
+#include <cstring>
+
+#include "comparators/TTableComparator.h"
+#include "framework/VellPlatform.h"
+#include "framework/VellTables.h"
+
+uint8_t gShowPostScriptNames = 0;
+uint8_t gShowUnicodeNames = 0;
+uint8_t gVerbose = 0;
+FILE* gReportFile = stdout;
+std::string gFontName;
+
+// ---- Errors ----
+
+namespace {
+
+// The message of code c is entry -c - 1.
+constexpr std::array<const char*, 9> kErrorMessages = {
+    "An internal error occurred.",
+    "Unable to allocate some needed memory.",
+    "An XLT font table input/output routine failed in some way.",
+    "Some file input/output operation failed.",
+    "A required resource is missing.",
+    "The Vellkit reported a problem.",
+    "(no message)",
+    "The requested named font was not found within one of the font files.",
+    "END OF LIST",
+};
+
+// Source lines the driver records before its calls, and for a caught exception.
+constexpr int32_t kDiffFontsLine = 74;
+constexpr int32_t kDiffFontsNextLine = 75;
+constexpr int32_t kComparatorExceptionLine = 194;
+
+}  // namespace
+
+const char* VellCmpErrorMessage(int32_t code) {
+    if (code > -1 || code < -8) return nullptr;
+    return kErrorMessages[static_cast<size_t>(-code - 1)];
+}
+
+void MapFrameworkError(ErrorRecord* record) {
+    switch (record->code) {
+        case kVellInternalErr: record->code = kVellCmpInternalError; break;
+        case kVellMemoryErr: record->code = kVellCmpMemoryError; break;
+        case kVellIOErr: record->code = kVellCmpFileError; break;
+        case kVellResourceErr: record->code = kVellCmpResourceError; break;
+        default: record->code = kVellCmpFrameworkError; break;
+    }
+}
+
+void ReportError(ErrorRecord* record) {
+    // -7 marks a record already reported; -8 (a -f name not found) is left silent.
+    if (record->code < kVellCmpFrameworkError || record->code > kVellCmpInternalError) return;
+    std::string message = VellCopyLocalizedString(VellCmpErrorMessage(record->code), "VellCmpErrors");
+    std::fprintf(stderr, "##### ERROR: %s\n", message.c_str());
+    if (!record->name.empty()) std::fprintf(stderr, "\t%s\n", record->name.c_str());
+    if (!record->sourceFile.empty())
+        std::fprintf(stderr, "\tSource file %s, line %d\n", record->sourceFile.c_str(), record->sourceLine);
+    record->code = kVellCmpAlreadyReported;
+}
+
+// ---- The font diff driver ----
+
+namespace {
+
+// Maps, reports and says whether a framework call failed.
+bool Failed(ErrorRecord* record) {
+    if (record->code == 0) return false;
+    MapFrameworkError(record);
+    ReportError(record);
+    return true;
+}
+
+std::string TagString(VellTag tag) { return VellTagText(tag); }
+
+// Whether the `length` bytes read at offset (length - 4) of a table, past `keep`,
+// are all zero: the padding that pads a table to a multiple of four bytes.
+bool TailIsZero(const uint8_t (&lastWord)[4], size_t fromByte) {
+    for (size_t i = fromByte; i < 4; ++i)
+        if (lastWord[i] != 0) return false;
+    return true;
+}
+
+// Decides whether a table present in both fonts changed: lengths first, with an
+// allowance for the zero padding up to a four-byte boundary, then the bytes.
+bool TableChanged(VellFontRef modifiedFont, VellFontRef originalFont, VellTag tag, uint32_t modifiedLength,
+                  uint32_t originalLength, ErrorRecord* record, bool* failed) {
+    *failed = false;
+    bool lengthsEqual = originalLength == modifiedLength;
+    uint32_t compareLength = modifiedLength;
+    uint8_t lastWord[4] = {};
+    if (originalLength > modifiedLength && originalLength - modifiedLength <= 3 && originalLength % 4 == 0) {
+        // Only the original's bytes beyond the modified length must be zero.
+        VellFindFontTableParts(originalFont, tag, originalLength - 4, 4, lastWord, nullptr, record);
+        if ((*failed = Failed(record))) return false;
+        if (TailIsZero(lastWord, modifiedLength % 4)) lengthsEqual = true;
+    } else if (modifiedLength > originalLength && modifiedLength - originalLength <= 3 &&
+               modifiedLength % 4 == 0) {
+        // Here the whole last word of the modified table must be zero, not just
+        // the bytes beyond the original length; reports have always tested it so.
+        VellFindFontTableParts(modifiedFont, tag, modifiedLength - 4, 4, lastWord, nullptr, record);
+        if ((*failed = Failed(record))) return false;
+        if (TailIsZero(lastWord, 0)) {
+            lengthsEqual = true;
+            compareLength = originalLength;
+        }
+    }
+    if (!lengthsEqual) return true;
+    VellHandle modified = VellGetFontTableHandle(modifiedFont, tag, nullptr, record);
+    if ((*failed = Failed(record))) return false;
+    VellHandle original = VellGetFontTableHandle(originalFont, tag, nullptr, record);
+    if ((*failed = Failed(record))) return false;
+    VellView a = VelmView(modified).sub(0, compareLength), b = VelmView(original).sub(0, compareLength);
+    return !(a == b);
+}
+
+// Lists the tables of `font` that `other` lacks.
+bool ListTablesMissingFrom(VellFontRef font, uint32_t count, VellFontRef other, ErrorRecord* record) {
+    for (uint32_t index = 1; index <= count; ++index) {
+        VellTag tag = 0;
+        uint32_t length = VellGetFontTable(font, index, nullptr, &tag, record);
+        if (Failed(record)) return false;
+        uint32_t otherLength = VellFindFontTable(other, tag, nullptr, nullptr, record);
+        if (Failed(record)) return false;
+        if (otherLength == 0)
+            std::fprintf(gReportFile, "\t'%s' %d bytes\n", TagString(tag).c_str(), static_cast<int32_t>(length));
+    }
+    return true;
+}
+
+}  // namespace
+
+void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* record) {
+    VellSetErrorSource(record, kVellCmpFontsSource, kDiffFontsLine);
+    uint32_t modifiedCount = VellCountFontTables(modifiedFont, record);
+    if (Failed(record)) return;
+    VellSetErrorSource(record, kVellCmpFontsSource, kDiffFontsNextLine);
+    uint32_t originalCount = VellCountFontTables(originalFont, record);
+    if (Failed(record)) return;
+
+    std::fprintf(gReportFile, "##### Tables added (in modified font and not original font)\n");
+    if (!ListTablesMissingFrom(modifiedFont, modifiedCount, originalFont, record)) return;
+    std::fprintf(gReportFile, "##### End tables added\n\n");
+    std::fprintf(gReportFile, "##### Tables deleted (in original font but not in modified font)\n");
+    if (!ListTablesMissingFrom(originalFont, originalCount, modifiedFont, record)) return;
+    std::fprintf(gReportFile, "#####End tables deleted\n\n");
+
+    std::fprintf(gReportFile, "##### Tables changed\n");
+    for (uint32_t index = 1; index <= modifiedCount; ++index) {
+        VellTag tag = 0;
+        uint32_t modifiedLength = VellGetFontTable(modifiedFont, index, nullptr, &tag, record);
+        if (Failed(record)) return;
+        uint32_t originalLength = VellFindFontTable(originalFont, tag, nullptr, nullptr, record);
+        if (Failed(record)) return;
+        if (originalLength == 0) continue;
+        bool failed = false;
+        bool changed = TableChanged(modifiedFont, originalFont, tag, modifiedLength, originalLength, record, &failed);
+        if (failed) return;
+        if (!changed) continue;
+
+        std::string tagText = TagString(tag);
+        std::fprintf(gReportFile, "\n\t'%s'\n", tagText.c_str());
+        if (gVerbose) std::fprintf(stderr, "Found a delta in the '%s' tables\n", tagText.c_str());
+        try {
+            std::unique_ptr<TTableComparator> comparator =
+                MakeTableComparator(modifiedFont, originalFont, tag, gReportFile);
+            if (comparator) {
+                comparator->DumpTable();
+                comparator.reset();
+            }
+        } catch (const TVellCmpException&) {
+            VellSetErrorSource(record, kVellCmpFontsSource, kComparatorExceptionLine);
+            record->code = kVellCmpInternalError;
+            ReportError(record);
+            return;
+        }
+    }
+    std::fprintf(gReportFile, "#####End tables changed\n\n");
+}
+
+// ---- The registry ----
+
+namespace {
+
+// What the comparators need beyond their two tables: glyph counts, both 'post'
+// tables and the first 36 bytes of both fonts' 'hhea' and 'vhea'.
+struct ComparatorSideData {
+    uint32_t modifiedGlyphs = 0, originalGlyphs = 0;
+    VellHandle modifiedPost, originalPost;
+    VellHandle modifiedHhea, originalHhea, modifiedVhea, originalVhea;
+};
+
+constexpr uint32_t kMetricHeaderBytes = 36;
+constexpr size_t kLongMetricCountOffset = 34;
+
+ComparatorSideData FetchSideData(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* record) {
+    ComparatorSideData side;
+    side.modifiedGlyphs = VellCountFontGlyphs(modifiedFont, record);
+    ThrowIfVellError(*record);
+    side.originalGlyphs = VellCountFontGlyphs(originalFont, record);
+    ThrowIfVellError(*record);
+    side.modifiedPost = VellGetFontTableHandle(modifiedFont, VellMakeTag("post"), nullptr, record);
+    ThrowIfVellError(*record);
+    side.originalPost = VellGetFontTableHandle(originalFont, VellMakeTag("post"), nullptr, record);
+    ThrowIfVellError(*record);
+    auto header = [&](VellFontRef font, VellTag tag) {
+        uint32_t size = kMetricHeaderBytes;
+        VellHandle bytes = VellGetFontTablePtr(font, tag, &size, record);
+        ThrowIfVellError(*record);
+        return bytes;
+    };
+    side.modifiedHhea = header(modifiedFont, VellMakeTag("hhea"));
+    side.originalHhea = header(originalFont, VellMakeTag("hhea"));
+    side.modifiedVhea = header(modifiedFont, VellMakeTag("vhea"));
+    side.originalVhea = header(originalFont, VellMakeTag("vhea"));
+    return side;
+}
+
+// Releases the side data in the order the registry always has.
+void ReleaseSideData(ComparatorSideData& side, ErrorRecord* record) {
+    for (VellHandle* pointer : {&side.originalVhea, &side.modifiedVhea, &side.originalHhea, &side.modifiedHhea}) {
+        VelmDisposePtr(*pointer, record);
+        ThrowIfVellError(*record);
+    }
+    for (VellHandle* handle : {&side.originalPost, &side.modifiedPost}) {
+        VelmDisposeHandle(*handle, record);
+        ThrowIfVellError(*record);
+    }
+}
+
+// numberOfHMetrics or numOfLongVerMetrics from a header's first 36 bytes.
+uint16_t LongMetricCount(const VellHandle& header) {
+    return VelmView(header).u16(kLongMetricCountOffset);
+}
+
+std::unique_ptr<TTableComparator> ConstructComparator(VellTag tag, VellHandle modified, VellHandle original,
+                                                      VellFontRef modifiedFont, VellFontRef originalFont,
+                                                      const ComparatorSideData& side, FILE* out) {
+    (void)modifiedFont, (void)originalFont, (void)side;
+    switch (tag) {
+        default:
+            return std::make_unique<TTableComparator>(std::move(modified), std::move(original), out);
+    }
+}
+
+}  // namespace
+
+std::unique_ptr<TTableComparator> MakeTableComparator(VellFontRef modifiedFont, VellFontRef originalFont,
+                                                      VellTag tag, FILE* out) {
+    ErrorRecord record;
+    ClearUSN(&record);
+    VellHandle modified = VellGetFontTableHandle(modifiedFont, tag, nullptr, &record);
+    ThrowIfVellError(record);
+    VellHandle original = VellGetFontTableHandle(originalFont, tag, nullptr, &record);
+    ThrowIfVellError(record);
+    ComparatorSideData side = FetchSideData(modifiedFont, originalFont, &record);
+
+    std::unique_ptr<TTableComparator> comparator;
+    if (modified && original) {
+        if (gVerbose) std::fprintf(stderr, "\tAbout to create the comparator\n");
+        // A changed 'loca' gets only the driver's tag line: its offsets say nothing
+        // that the 'glyf' comparison does not.
+        if (tag != VellMakeTag("loca"))
+            comparator = ConstructComparator(tag, std::move(modified), std::move(original), modifiedFont,
+                                             originalFont, side, out);
+        if (comparator) comparator->SetTableTag(tag);
+        if (gVerbose)
+            std::fprintf(stderr, "\tThe comparator == 0x%08lX\n",
+                         static_cast<unsigned long>(reinterpret_cast<uintptr_t>(comparator.get())));
+    }
+    ReleaseSideData(side, &record);
+    if (comparator) {
+        comparator->SetModifiedFont(modifiedFont);
+        comparator->SetOriginalFont(originalFont);
+    }
+    return comparator;
+}

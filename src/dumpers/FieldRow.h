@@ -1,0 +1,53 @@
+// One row of a fixed table layout: where a field is, how it is printed, and
+// under which label. Handlers describe their fixed layouts as arrays of rows; one
+// loop prints them for a dumper (TTableDumper::DumpFieldRows) and one compares
+// them for a comparator (TTableComparator::CompareFieldRows).
+#pragma once
+
+#include <cstdint>
+
+class TTableDumper;
+
+enum class FieldKind : uint8_t {
+    Version,       // 16.16, PrintVersionField
+    Int32,         // 32 bits, PrintInt32Field, decimal
+    Int32Hex,      // 32 bits, PrintInt32Field, hexadecimal
+    UInt16,        // PrintUInt16Field, decimal
+    UInt16Hex,     // PrintUInt16Field, hexadecimal
+    Int16,         // PrintInt16Field, decimal
+    UInt8,         // PrintUInt8Field, decimal
+    Int8,          // PrintInt8Field, decimal
+    Tag,           // four bytes, PrintTagField
+    Flag32,        // 32 bits, PrintFlagField
+    Date,          // 64-bit seconds, compared whole, PrintDateField
+    DateHighWord,  // 64-bit seconds compared on the high 32 bits only, PrintDateField
+};
+
+// Lines printed right after a field's value line, from that value (the style bits
+// after a macStyle, say).
+using FieldDetails = void (*)(TTableDumper& dumper, uint32_t value);
+
+struct FieldRow {
+    uint32_t offset;
+    FieldKind kind;
+    const char* label;
+    FieldDetails details = nullptr;
+};
+
+// Bytes a field of this kind occupies in the table.
+constexpr uint32_t FieldWidth(FieldKind kind) {
+    switch (kind) {
+        case FieldKind::UInt8:
+        case FieldKind::Int8:
+            return 1;
+        case FieldKind::UInt16:
+        case FieldKind::UInt16Hex:
+        case FieldKind::Int16:
+            return 2;
+        case FieldKind::Date:
+        case FieldKind::DateHighWord:
+            return 8;
+        default:
+            return 4;
+    }
+}

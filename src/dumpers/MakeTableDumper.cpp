@@ -1,0 +1,46 @@
+#include "dumpers/MakeTableDumper.h"
+
+#include <exception>
+
+#include "VellCmpFonts.h"
+#include "framework/VellTables.h"
+
+namespace {
+
+constexpr uint32_t kMetricHeaderBytes = 36;
+
+// A failing framework call here has no report of its own: the run ends.
+void TerminateOnError(const ErrorRecord& record) {
+    if (record.code != 0) std::terminate();
+}
+
+std::unique_ptr<TTableDumper> ConstructDumper(VellTag tag, VellHandle table, VellHandle& post, uint16_t longMetrics,
+                                              uint32_t glyphCount, FILE* out) {
+    (void)post, (void)longMetrics, (void)glyphCount;
+    switch (tag) {
+        default:
+            return std::make_unique<TTableDumper>(std::move(table), out, nullptr);
+    }
+}
+
+}  // namespace
+
+std::unique_ptr<TTableDumper> MakeTableDumper(VellFontRef font, VellTag tag, FILE* out) {
+    ErrorRecord record;
+    VellHandle table = VellGetFontTableHandle(font, tag, nullptr, &record);
+    TerminateOnError(record);
+    uint32_t glyphCount = VellCountFontGlyphs(font, &record);
+    TerminateOnError(record);
+    VellHandle post = VellGetFontTableHandle(font, VellMakeTag("post"), nullptr, &record);
+    TerminateOnError(record);
+    uint32_t size = kMetricHeaderBytes;
+    VellHandle hhea = VellGetFontTablePtr(font, VellMakeTag("hhea"), &size, &record);
+    TerminateOnError(record);
+    if (!table) return nullptr;
+
+    uint16_t longMetrics = VelmView(hhea).u16(34);
+    std::unique_ptr<TTableDumper> dumper = ConstructDumper(tag, std::move(table), post, longMetrics, glyphCount, out);
+    dumper->SetTableTag(tag);
+    dumper->SetFont(font);
+    return dumper;
+}

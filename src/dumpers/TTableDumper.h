@@ -1,0 +1,115 @@
+// TTableDumper: one table of one font, and the whole vocabulary of the report.
+// Every line any handler prints goes through the print operations here, so the
+// report's line formats live in this class alone.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "dumpers/FieldRow.h"
+#include "framework/VellFontFile.h"
+#include "framework/VellMemory.h"
+#include "framework/VellView.h"
+
+class TTableDumper {
+public:
+    TTableDumper(VellHandle table, FILE* out, VellFontRef font);
+    virtual ~TTableDumper();
+    TTableDumper(const TTableDumper&) = delete;
+    TTableDumper& operator=(const TTableDumper&) = delete;
+
+    VellTag GetTableTag() const { return fTag; }
+    void SetTableTag(VellTag tag) { fTag = tag; }
+
+    // The table's frame: the "##### Table" header, the contents, the footer.
+    virtual int32_t DumpTable();
+    FILE* GetOutputFile() const { return fOutput; }
+    virtual int32_t GetGlyphName(uint32_t glyph, std::string& name);
+    // No dumper knows a glyph's Unicode value; 0xFFFF says so.
+    virtual uint32_t GetGlyphUnicode(uint32_t glyph);
+    // The table body; here, a hex dump.
+    virtual int32_t DumpTableContents();
+
+    // ---- Lines ----
+    // Writes text as it stands, but for "%%", which prints "%" (the text is never
+    // a format), then "\n" when lineEnd is set. Silent without an output file.
+    void PrintLine(std::string_view text, bool lineEnd);
+    // A length-prefixed string (at most 255 bytes, never past the view's end).
+    void PrintPascalLine(VellView pascalString, bool lineEnd);
+    void PrintWithComment(std::string_view text, int32_t number);
+
+    // ---- Fields: indent tabs, the label, ":\t", the value ----
+    void PrintUnicodeValue(int indent, const char* label, uint32_t value, bool unicode, bool lineEnd);
+    void PrintStringField(int indent, std::string_view label, std::string_view text);
+    void PrintPascalStringField(int indent, std::string_view label, VellView pascalString);
+    void PrintVersionField(int indent, std::string_view label, uint32_t version);
+    void PrintTagField(int indent, std::string_view label, VellTag tag);
+    void PrintGlyphField(int indent, const char* label, uint32_t glyph, bool unicode, bool lineEnd);
+    void PrintInt32Field(int indent, std::string_view label, int32_t value, bool hex, bool lineEnd);
+    void PrintUInt32Field(int indent, std::string_view label, uint32_t value, bool hex);
+    void PrintUInt16Field(int indent, std::string_view label, uint16_t value, bool hex);
+    void PrintInt16Field(int indent, std::string_view label, int16_t value, bool hex);
+    void PrintUInt8Field(int indent, std::string_view label, uint8_t value, bool hex);
+    void PrintInt8Field(int indent, std::string_view label, int8_t value, bool hex);
+    void PrintBooleanField(int indent, std::string_view label, bool value);
+    void PrintFlagField(int indent, std::string_view label, uint32_t value);
+    void PrintDateField(int indent, std::string_view label, uint64_t date);
+    void PrintPointField(int indent, std::string_view label, int32_t x, int32_t y);
+    void PrintIndexedStringField(int indent, std::string_view label, int16_t listID, int16_t index);
+    void PrintFontNameField(int indent, std::string_view label, uint16_t nameID);
+    void PrintIndexedPascalString(int indent, int32_t number, VellView pascalString);
+    void PrintIndexedGlyph(int indent, int32_t number, uint32_t glyph, bool unicode);
+    void PrintIndexedUInt8(int indent, int32_t number, uint8_t value, bool hex);
+    void PrintIndexedUInt16(int indent, int32_t number, uint16_t value, bool hex);
+    void PrintIndexedPoint(int indent, int32_t number, int32_t x, int32_t y);
+
+    // ---- Fixed layouts ----
+    // One field of `table`, printed under `label` with the row's print operation,
+    // followed by the row's detail lines.
+    void PrintFieldRow(int indent, const FieldRow& row, std::string_view label, VellView table);
+    void DumpFieldRows(int indent, std::span<const FieldRow> rows, VellView table);
+
+    // ---- The table and its font ----
+    const VellHandle& GetTableHandle() const { return fTable; }
+    uint32_t GetTableSize() const;
+    VellView GetTableView() const { return VelmView(fTable); }
+    VellFontRef GetFont() const { return fFont; }
+    void SetFont(VellFontRef font) { fFont = font; }
+    virtual int GetHandlerKind() const { return 0; }
+
+    // Classic block operations, kept for the interface; blocks never move here.
+    void LockHandleHigh(const VellHandle& handle) { LockHandle(handle); }
+    void MoveHandleHigh(const VellHandle&) {}
+    void LockHandle(const VellHandle& handle);
+    void UnlockHandle(const VellHandle& handle);
+    uint32_t GetHandleSize(const VellHandle& handle);
+    void DisposeHandle(VellHandle& handle);
+    void CopyHandle(VellHandle& handle);
+
+protected:
+    // Writes bytes with no "%%" folding: pieces of the hex listings, which the
+    // report prints one at a time, so two '%' bytes stay two.
+    void WriteRaw(std::string_view bytes);
+    void WriteIndent(int indent);
+
+private:
+    VellHandle fTable;
+    FILE* fOutput;
+    VellFontRef fFont;
+    bool fNoOutput;
+    VellTag fTag = 0x20202020;
+};
+
+// The printable form of a byte in a hex listing's character column: itself, or
+// the unprintable mark (the single byte 0xC2) for control bytes, DEL and every
+// byte from 0x80 up.
+inline bool IsUnprintableByte(uint8_t byte) {
+    return static_cast<int8_t>(byte) < 32 || byte == 127;
+}
+inline constexpr char kUnprintableMark = static_cast<char>(0xC2);
+
+// printf into a std::string.
+std::string VellFormat(const char* format, ...) __attribute__((format(printf, 1, 2)));

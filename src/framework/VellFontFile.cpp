@@ -1,0 +1,179 @@
+#include "framework/VellFontFile.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace {
+
+constexpr uint32_t kSfntTrueType = 0x00010000;
+constexpr uint32_t kSfntTrue = VellMakeTag("true");
+constexpr uint32_t kSfntOTTO = VellMakeTag("OTTO");
+constexpr uint32_t kSfntTyp1 = VellMakeTag("typ1");
+constexpr uint32_t kCollection = VellMakeTag("ttcf");
+constexpr uint32_t kSfntResource = VellMakeTag("sfnt");
+
+constexpr size_t kOffsetTableSize = 12;
+constexpr size_t kDirectoryEntrySize = 16;
+
+bool IsSfntVersion(uint32_t version) {
+    return version == kSfntTrueType || version == kSfntTrue || version == kSfntOTTO ||
+           version == kSfntTyp1;
+}
+
+// Reads the table directory found at headerOffset of `data`, whose start is where
+// the font's table offsets count from. A directory that does not fit makes the
+// font unreadable; an entry that points outside the data is kept, and the call
+// that later reads that table fails.
+std::unique_ptr<VellFont> ReadFont(const std::shared_ptr<const VellMappedFile>& file, VellView data,
+                                   size_t headerOffset = 0) {
+    VellView header = data.sub(headerOffset);
+    if (!IsSfntVersion(header.u32(0)) || !header.has(0, kOffsetTableSize)) return nullptr;
+    uint16_t numTables = header.u16(4);
+    if (!header.has(kOffsetTableSize, size_t{numTables} * kDirectoryEntrySize)) return nullptr;
+    auto font = std::make_unique<VellFont>();
+    font->file = file;
+    font->data = data;
+    font->tables.reserve(numTables);
+    for (size_t i = 0; i < numTables; ++i) {
+        size_t entry = kOffsetTableSize + i * kDirectoryEntrySize;
+        font->tables.push_back({header.tag(entry), header.u32(entry + 8), header.u32(entry + 12)});
+    }
+    return font;
+}
+
+bool ReadCollection(const std::shared_ptr<const VellMappedFile>& file, VellFontList& list) {
+    VellView bytes = file->view();
+    uint32_t numFonts = bytes.u32(8);
+    if (numFonts == 0 || bytes.records_that_fit(12, numFonts, 4) != numFonts) return false;
+    for (uint32_t i = 0; i < numFonts; ++i) {
+        // Table offsets in a collection count from the start of the file.
+        auto font = ReadFont(file, bytes, bytes.u32(12 + 4 * i));
+        if (!font) return false;
+        list.fonts.push_back(std::move(font));
+    }
+    return true;
+}
+
+// A resource-fork font file: a 16-byte header (data offset, map offset, data
+// length, map length), resource data, and a map whose type list names the 'sfnt'
+// resources. Each resource's data is a 4-byte length followed by an sfnt.
+bool ReadResourceFork(const std::shared_ptr<const VellMappedFile>& file, VellFontList& list) {
+    VellView bytes = file->view();
+    uint32_t dataOffset = bytes.u32(0), mapOffset = bytes.u32(4);
+    uint32_t dataLength = bytes.u32(8), mapLength = bytes.u32(12);
+    if (dataOffset < 16 || !bytes.has(dataOffset, dataLength) || !bytes.has(mapOffset, mapLength) ||
+        mapLength < 28)
+        return false;
+    VellView data = bytes.sub(dataOffset, dataLength);
+    VellView map = bytes.sub(mapOffset, mapLength);
+    VellView typeList = map.sub(map.u16(24));
+    size_t numTypes = typeList.records_that_fit(2, size_t{typeList.u16(0)} + 1, 8);
+    for (size_t t = 0; t < numTypes; ++t) {
+        size_t type = 2 + 8 * t;
+        if (typeList.tag(type) != kSfntResource) continue;
+        VellView references = typeList.sub(typeList.u16(type + 6));
+        size_t numResources = references.records_that_fit(0, size_t{typeList.u16(type + 4)} + 1, 12);
+        for (size_t r = 0; r < numResources; ++r) {
+            uint32_t resourceOffset = references.u24(12 * r + 5);
+            if (!data.has(resourceOffset, 4)) return false;
+            uint32_t length = data.u32(resourceOffset);
+            if (!data.has(resourceOffset + size_t{4}, length)) return false;
+            auto font = ReadFont(file, data.sub(resourceOffset + size_t{4}, length));
+            if (!font) return false;
+            list.fonts.push_back(std::move(font));
+        }
+    }
+    return !list.fonts.empty();
+}
+
+}  // namespace
+
+std::shared_ptr<const VellMappedFile> VellMappedFile::Open(const std::string& path, int32_t* status) {
+    *status = kVellNoErr;
+    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        *status = kVellIOErr;
+        return nullptr;
+    }
+    struct stat info {};
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+        ::close(fd);
+        *status = S_ISDIR(info.st_mode) ? kVellNotAFontErr : kVellIOErr;
+        return nullptr;
+    }
+    std::shared_ptr<VellMappedFile> file(new VellMappedFile());
+    if (info.st_size > 0) {
+        void* mapping = ::mmap(nullptr, static_cast<size_t>(info.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
+        if (mapping == MAP_FAILED) {
+            ::close(fd);
+            *status = kVellIOErr;
+            return nullptr;
+        }
+        file->fMapping = mapping;
+        file->fData = static_cast<const uint8_t*>(mapping);
+        file->fSize = static_cast<size_t>(info.st_size);
+    }
+    ::close(fd);
+    return file;
+}
+
+std::shared_ptr<const VellMappedFile> VellMappedFile::FromBytes(std::vector<uint8_t> bytes) {
+    std::shared_ptr<VellMappedFile> file(new VellMappedFile());
+    file->fOwned = std::move(bytes);
+    file->fData = file->fOwned.data();
+    file->fSize = file->fOwned.size();
+    return file;
+}
+
+VellMappedFile::~VellMappedFile() {
+    if (fMapping != nullptr) ::munmap(fMapping, fSize);
+}
+
+VellFontListRef VellMakeFontListFromBytes(std::shared_ptr<const VellMappedFile> file,
+                                          ErrorRecord* record) {
+    auto list = std::make_unique<VellFontList>();
+    list->file = file;
+    VellView bytes = file->view();
+    bool read = false;
+    if (bytes.u32(0) == kCollection) {
+        read = ReadCollection(file, *list);
+    } else if (IsSfntVersion(bytes.u32(0))) {
+        auto font = ReadFont(file, bytes);
+        read = font != nullptr;
+        if (read) list->fonts.push_back(std::move(font));
+    } else {
+        read = ReadResourceFork(file, *list);
+    }
+    if (!read) {
+        record->code = kVellNotAFontErr;
+        return nullptr;
+    }
+    for (const auto& font : list->fonts) list->entries.push_back({font.get()});
+    return list;
+}
+
+VellFontListRef VellFSSpecToFontList(const VellFSSpec& spec, int32_t, uint32_t* count,
+                                     ErrorRecord* record) {
+    *count = 0;
+    if (spec.path.empty()) {
+        record->code = kVellNoFileErr;
+        return nullptr;
+    }
+    int32_t status = kVellNoErr;
+    auto file = VellMappedFile::Open(spec.path, &status);
+    if (!file) {
+        record->code = status;
+        return nullptr;
+    }
+    auto list = VellMakeFontListFromBytes(file, record);
+    if (list) *count = static_cast<uint32_t>(list->entries.size());
+    return list;
+}
+
+void VellDisposeAndCloseFontList(uint32_t, VellFontListRef& list, ErrorRecord*) { list.reset(); }
+
+void VellDisposeFontList(VellFontListRef& list, uint32_t, ErrorRecord*) { list.reset(); }

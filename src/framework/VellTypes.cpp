@@ -1,0 +1,21 @@
+#include "framework/VellTypes.h"
+
+std::string VellTagText(VellTag tag) {
+    std::string text(4, ' ');
+    for (int i = 0; i < 4; ++i) text[i] = static_cast<char>(tag >> (24 - 8 * i) & 0xFF);
+    return text;
+}
+
+void ClearUSN(ErrorRecord* record) {
+    if (record == nullptr) return;
+    *record = ErrorRecord{};
+}
+
+void VellSetErrorSource(ErrorRecord* record, const char* sourceFile, int32_t line) {
+    std::string text(sourceFile);
+    if (text.size() > 255) text.resize(255);
+    record->sourceFile = text;
+    record->sourceLine = line;
+}
+
+const char* VellVersion() { return "Vell 1.0 (portable)"; }

@@ -1,0 +1,158 @@
+// velldump: prints tables of one font file in full, through the same dumpers the
+// comparison report is built on.
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "FontFiles.h"
+#include "VellCmpFonts.h"
+#include "dumpers/MakeTableDumper.h"
+#include "framework/VellNames.h"
+#include "framework/VellTables.h"
+
+namespace {
+
+constexpr const char* kToolVersion = "1.1d1e11";
+
+std::string BaseName(const char* path) {
+    const char* slash = std::strrchr(path, '/');
+    return slash ? slash + 1 : path;
+}
+
+void PrintVersion(const std::string& name) {
+    std::printf("%s, version %s, %s\n", name.c_str(), kToolVersion, VellVersion());
+}
+
+void PrintUsage(const std::string& name) {
+    PrintVersion(name);
+    std::printf("Usage:  %s [-hpuV] [-f font name] [-o output file] fontfile [tag ...] \n", name.c_str());
+    std::printf("Options:\n");
+    std::printf("\t-f The name of the font within the font file to dump; use single quotes if the font name has "
+                "spaces in it\n");
+    std::printf("\t-o An optional output file for the dump; stdout is used if this parameter is not specified\n");
+    std::printf("\t-h Output this message\n");
+    std::printf("\t-p Show the PostScript names of glyphs\n");
+    std::printf("\t-u Show the Unicode names of characters\n");
+    std::printf("\t-V Output the tool's version to stdout\n");
+    std::printf("Without tags, every table of the font is printed, in directory order.\n");
+}
+
+// A tag as typed: up to four characters, padded with blanks ("cvt" is 'cvt ').
+VellTag ParseTag(const std::string& text) {
+    uint8_t bytes[4] = {' ', ' ', ' ', ' '};
+    for (size_t i = 0; i < text.size() && i < 4; ++i) bytes[i] = static_cast<uint8_t>(text[i]);
+    return static_cast<VellTag>(bytes[0]) << 24 | static_cast<VellTag>(bytes[1]) << 16 |
+           static_cast<VellTag>(bytes[2]) << 8 | bytes[3];
+}
+
+// The dumpers of tables that the factory does not make are built here, from the
+// arguments their tables need.
+std::unique_ptr<TTableDumper> MakeDumper(VellFontRef font, VellTag tag, FILE* out) {
+    return MakeTableDumper(font, tag, out);
+}
+
+// Dumps the named tables of one font (all of them, in directory order, when none
+// is named). Returns 1 after a reported failure.
+int DumpFont(VellFontRef font, const std::vector<std::string>& tagTexts) {
+    ErrorRecord record;
+    std::vector<VellTag> tags;
+    for (const std::string& text : tagTexts) tags.push_back(ParseTag(text));
+    if (tags.empty()) {
+        uint32_t count = VellCountFontTables(font, &record);
+        for (uint32_t index = 1; index <= count && record.code == 0; ++index) {
+            VellTag tag = 0;
+            VellGetFontTable(font, index, nullptr, &tag, &record);
+            tags.push_back(tag);
+        }
+        if (record.code != 0) {
+            MapFrameworkError(&record);
+            ReportError(&record);
+            return 1;
+        }
+    }
+    for (VellTag tag : tags) {
+        try {
+            std::unique_ptr<TTableDumper> dumper = MakeDumper(font, tag, gReportFile);
+            if (!dumper) {
+                std::fprintf(stderr, "##### WARNING! The font has no '%s' table!\n", VellTagText(tag).c_str());
+                continue;
+            }
+            dumper->DumpTable();
+        } catch (const TVellCmpException&) {
+            record.code = kVellCmpInternalError;
+            ReportError(&record);
+            return 1;
+        }
+    }
+    return 0;
+}
+
+int DumpFontFile(const char* path, const std::vector<std::string>& tags) {
+    ErrorRecord record;
+    VellFSSpec spec;
+    if (OpenFontFile(path, &spec, true) != 0) return 1;
+    uint32_t count = 0;
+    VellFontListRef list = VellFSSpecToFontList(spec, 1, &count, &record);
+    if (record.code != 0) {
+        MapFrameworkError(&record);
+        ReportError(&record);
+        return 1;
+    }
+    if (!gFontName.empty()) {
+        uint32_t index = FindFontByName(list.get(), count, gFontName, &record);
+        if (record.code != 0 || index >= count) return 1;
+        return DumpFont(list->entries[index].font, tags);
+    }
+    for (uint32_t f = 0; f < count; ++f) {
+        VellFontRef font = list->entries[f].font;
+        if (count > 1) {
+            std::string fullName;
+            VellFindFontNameAsUTF8(font, kFullNameCode, 0, 0, 0, &fullName, 0, &record);
+            std::fprintf(gReportFile, "##### Font %u: %s\n", f + 1, fullName.c_str());
+        }
+        if (DumpFont(font, tags) != 0) return 1;
+    }
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    int error = 0;
+    bool help = false, version = false;
+    int option;
+    while (!error && (option = getopt(argc, argv, "+f:ho:puV")) != -1) {
+        switch (option) {
+            case 'f': gFontName = optarg; break;
+            case 'h': help = true; break;
+            case 'o': {
+                FILE* report = std::fopen(optarg, "w");
+                if (report == nullptr) {
+                    std::fprintf(stderr, "#### ERROR:  Cannot open output file \"%s\"\n", optarg);
+                    error = 1;
+                } else {
+                    gReportFile = report;
+                }
+                break;
+            }
+            case 'p': gShowPostScriptNames = 1; break;
+            case 'u': gShowUnicodeNames = 1; break;
+            case 'V': version = true; break;
+            default:
+                std::fprintf(stderr, "#### ERROR:  Unknown option: %c\n", option);
+                error = 1;
+                break;
+        }
+    }
+    std::string name = BaseName(argv[0]);
+    if (help || optind == argc) PrintUsage(name);
+    if (version) PrintVersion(name);
+    if (optind == argc) return error;
+    std::vector<std::string> tags(argv + optind + 1, argv + argc);
+    if (DumpFontFile(argv[optind], tags) == 0) return error;
+    std::fprintf(stderr, "##### ERROR:  Aborting after failure to dump %s.\n", argv[optind]);
+    return 1;
+}

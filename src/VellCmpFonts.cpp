@@ -6,6 +6,15 @@
 #include "comparators/TTableComparator.h"
 #include "framework/VellPlatform.h"
 #include "framework/VellTables.h"
+#include "tables/EBSC.h"
+#include "tables/OS2.h"
+#include "tables/hdmx.h"
+#include "tables/head.h"
+#include "tables/hhea_vhea.h"
+#include "tables/hmtx_vmtx.h"
+#include "tables/hsty.h"
+#include "tables/maxp.h"
+#include "tables/post.h"
 
 uint8_t gShowPostScriptNames = 0;
 uint8_t gShowUnicodeNames = 0;
@@ -240,8 +249,40 @@ uint16_t LongMetricCount(const VellHandle& header) {
 std::unique_ptr<TTableComparator> ConstructComparator(VellTag tag, VellHandle modified, VellHandle original,
                                                       VellFontRef modifiedFont, VellFontRef originalFont,
                                                       const ComparatorSideData& side, FILE* out) {
-    (void)modifiedFont, (void)originalFont, (void)side;
     switch (tag) {
+        case VellMakeTag("EBSC"):
+            return std::make_unique<TEBSCTableComparator>(std::move(modified), std::move(original), out);
+        case VellMakeTag("OS/2"):
+            return std::make_unique<TOS2TableComparator>(std::move(modified), std::move(original), out);
+        case VellMakeTag("bdat"):
+            // A changed 'bdat' has always been reported by the 'head' comparator,
+            // built on the two 'bdat' tables.
+        case VellMakeTag("bhed"):
+        case VellMakeTag("head"):
+            return std::make_unique<THEADTableComparator>(std::move(modified), std::move(original), out);
+        case VellMakeTag("hdmx"):
+            return std::make_unique<THDMXTableComparator>(std::move(modified), side.modifiedPost, side.modifiedGlyphs,
+                                                          std::move(original), side.originalPost,
+                                                          side.originalGlyphs, out);
+        case VellMakeTag("hhea"):
+            return std::make_unique<THHEATableComparator>(std::move(modified), std::move(original), out);
+        case VellMakeTag("hmtx"):
+            return std::make_unique<THMTXTableComparator>(
+                std::move(modified), side.modifiedPost, LongMetricCount(side.modifiedHhea), side.modifiedGlyphs,
+                std::move(original), side.originalPost, LongMetricCount(side.originalHhea), side.originalGlyphs, out);
+        case VellMakeTag("hsty"):
+            return std::make_unique<THSTYTableComparator>(std::move(modified), std::move(original), out);
+        case VellMakeTag("maxp"):
+            return std::make_unique<TMAXPTableComparator>(std::move(modified), std::move(original), out);
+        case VellMakeTag("post"):
+            return std::make_unique<TPOSTTableComparator>(modifiedFont, std::move(modified), originalFont,
+                                                          std::move(original), out);
+        case VellMakeTag("vhea"):
+            return std::make_unique<TVHEATableComparator>(std::move(modified), std::move(original), out);
+        case VellMakeTag("vmtx"):
+            return std::make_unique<TVMTXTableComparator>(
+                std::move(modified), side.modifiedPost, LongMetricCount(side.modifiedVhea), side.modifiedGlyphs,
+                std::move(original), side.originalPost, LongMetricCount(side.originalVhea), side.originalGlyphs, out);
         default:
             return std::make_unique<TTableComparator>(std::move(modified), std::move(original), out);
     }

@@ -12,6 +12,10 @@
 #include "dumpers/MakeTableDumper.h"
 #include "framework/VellNames.h"
 #include "framework/VellTables.h"
+#include "tables/EBSC.h"
+#include "tables/hhea_vhea.h"
+#include "tables/hmtx_vmtx.h"
+#include "tables/hsty.h"
 
 namespace {
 
@@ -48,10 +52,36 @@ VellTag ParseTag(const std::string& text) {
            static_cast<VellTag>(bytes[2]) << 8 | bytes[3];
 }
 
-// The dumpers of tables that the factory does not make are built here, from the
-// arguments their tables need.
+// The dumpers that the factory does not make are built here, from the arguments
+// their tables need; every other tag goes to the factory.
 std::unique_ptr<TTableDumper> MakeDumper(VellFontRef font, VellTag tag, FILE* out) {
-    return MakeTableDumper(font, tag, out);
+    ErrorRecord record;
+    VellHandle table = VellGetFontTableHandle(font, tag, nullptr, &record);
+    if (!table || record.code != 0) return MakeTableDumper(font, tag, out);
+    std::unique_ptr<TTableDumper> dumper;
+    switch (tag) {
+        case VellMakeTag("EBSC"):
+            dumper = std::make_unique<TEBSCTableDumper>(std::move(table), out);
+            break;
+        case VellMakeTag("hsty"):
+            dumper = std::make_unique<THSTYTableDumper>(std::move(table), out);
+            break;
+        case VellMakeTag("vhea"):
+            dumper = std::make_unique<TVHEATableDumper>(std::move(table), out);
+            break;
+        case VellMakeTag("vmtx"): {
+            VellHandle post = VellGetFontTableHandle(font, VellMakeTag("post"), nullptr, &record);
+            uint16_t longMetrics = VellFontTableView(font, VellMakeTag("vhea")).u16(34);
+            dumper = std::make_unique<TVMTXTableDumper>(std::move(table), post, longMetrics,
+                                                        VellCountFontGlyphs(font, &record), out);
+            break;
+        }
+        default:
+            return MakeTableDumper(font, tag, out);
+    }
+    dumper->SetTableTag(tag);
+    dumper->SetFont(font);
+    return dumper;
 }
 
 // Dumps the named tables of one font (all of them, in directory order, when none

@@ -63,7 +63,7 @@ int32_t TTableComparator::DumpTableContents() {
 }
 
 int32_t TTableComparator::DumpTableDeltas() {
-    if (!GetTableHandle() || !fOriginalTable || GetOutputFile() == nullptr) return 1;
+    if (!HasBothTables()) return 1;
     VellView modified = GetTableView();
     VellView original = GetOriginalTableView();
     size_t rows = (std::max(modified.size(), original.size()) + 7) / kDeltaRowBytes;

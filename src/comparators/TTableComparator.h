@@ -29,6 +29,9 @@ public:
     VellFontRef GetModifiedFont() const { return GetFont(); }
     void SetModifiedFont(VellFontRef font) { SetFont(font); }
 
+    // Whether both tables and the report stream are there to compare with.
+    bool HasBothTables() const { return GetTableHandle() && fOriginalTable && GetOutputFile() != nullptr; }
+
     // Whether a field of a fixed layout differs between the two tables.
     static bool FieldDiffers(const FieldRow& row, VellView modified, VellView original);
     // Prints one field as a changed-value pair when it differs: the modified value

@@ -4,6 +4,10 @@
 
 #include "VellCmpFonts.h"
 #include "framework/VellTables.h"
+#include "tables/hdmx.h"
+#include "tables/hhea_vhea.h"
+#include "tables/hmtx_vmtx.h"
+#include "tables/maxp.h"
 
 namespace {
 
@@ -14,10 +18,17 @@ void TerminateOnError(const ErrorRecord& record) {
     if (record.code != 0) std::terminate();
 }
 
-std::unique_ptr<TTableDumper> ConstructDumper(VellTag tag, VellHandle table, VellHandle& post, uint16_t longMetrics,
+std::unique_ptr<TTableDumper> ConstructDumper(VellTag tag, VellHandle table, const VellHandle& post, uint16_t longMetrics,
                                               uint32_t glyphCount, FILE* out) {
-    (void)post, (void)longMetrics, (void)glyphCount;
     switch (tag) {
+        case VellMakeTag("hdmx"):
+            return std::make_unique<THDMXTableDumper>(std::move(table), glyphCount, out);
+        case VellMakeTag("hhea"):
+            return std::make_unique<THHEATableDumper>(std::move(table), out);
+        case VellMakeTag("hmtx"):
+            return std::make_unique<THMTXTableDumper>(std::move(table), post, longMetrics, glyphCount, out);
+        case VellMakeTag("maxp"):
+            return std::make_unique<TMAXPTableDumper>(std::move(table), out);
         default:
             return std::make_unique<TTableDumper>(std::move(table), out, nullptr);
     }

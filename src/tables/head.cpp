@@ -1,0 +1,46 @@
+#include "tables/head.h"
+
+namespace {
+
+// The seven classic QuickDraw style bits; bits 7 to 15 show only in the hex value.
+void PrintMacStyleBits(TTableDumper& dumper, uint32_t macStyle) {
+    static constexpr const char* kStyles[] = {"Bold", "Italic", "Underline", "Outline", "Shadow", "Condense", "Extend"};
+    for (uint32_t bit = 0; bit < 7; ++bit) dumper.PrintBooleanField(2, kStyles[bit], macStyle & (1u << bit));
+}
+
+// indexToLocFormat 0 is short 'loca' offsets, 1 long; any other value is neither.
+void PrintLocationFormatFlags(TTableDumper& dumper, uint32_t value) {
+    int16_t format = static_cast<int16_t>(value);
+    dumper.PrintFlagField(2, "Use short offsets", format == 0);
+    dumper.PrintFlagField(2, "Use long offsets", format == 1);
+}
+
+// The creation date is compared on its high word only, the modification date on
+// all 64 bits: a creation date that moves within its high word is not reported.
+constexpr FieldRow kHeadRows[] = {
+    {0, FieldKind::Version, "Version"},
+    {4, FieldKind::Version, "Font revision"},
+    {8, FieldKind::Int32Hex, "Checksum adjustment"},
+    {12, FieldKind::Int32Hex, "Magic number"},
+    {16, FieldKind::UInt16Hex, "Flags"},
+    {18, FieldKind::UInt16, "Units per em"},
+    {20, FieldKind::DateHighWord, "Date created"},
+    {28, FieldKind::Date, "Date modified"},
+    {36, FieldKind::Int16, "X minimum"},
+    {38, FieldKind::Int16, "Y minimum"},
+    {40, FieldKind::Int16, "X maximum"},
+    {42, FieldKind::Int16, "Y maximum"},
+    {44, FieldKind::UInt16Hex, "Mac styles", PrintMacStyleBits},
+    {46, FieldKind::UInt16, "Lowest recommended pixels per em"},
+    {48, FieldKind::Int16, "Font direction hint"},
+    {50, FieldKind::Int16, "Index to the location table format", PrintLocationFormatFlags},
+    {52, FieldKind::Int16, "Glyph data format"},
+};
+
+}  // namespace
+
+int32_t THEADTableComparator::DumpTableDeltas() {
+    if (!HasBothTables()) return 1;
+    CompareFieldRows(1, kHeadRows, GetTableView(), GetOriginalTableView());
+    return 0;
+}

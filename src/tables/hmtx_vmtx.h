@@ -1,0 +1,53 @@
+// 'hmtx' and 'vmtx': per-glyph advances and side bearings. All four classes print
+// the horizontal labels ("Advance width", "Left-side bearing"), 'vmtx' included.
+#pragma once
+
+#include "comparators/TTableComparator.h"
+
+// What a metrics table needs of its font: a private copy of its 'post' table (for
+// glyph names; may be null), its number of long metrics (numberOfHMetrics or
+// numOfLongVerMetrics) and its glyph count.
+struct TMetricsFontData {
+    TMetricsFontData(const VellHandle& post, uint16_t longMetrics, uint32_t glyphCount);
+    VellHandle post;
+    uint16_t longMetrics;
+    uint32_t glyphCount;
+};
+
+class THMTXTableDumper : public TTableDumper {
+public:
+    // (table, 'post' table, number of long metrics, glyph count, out)
+    THMTXTableDumper(VellHandle table, const VellHandle& post, uint16_t longMetrics, uint32_t glyphCount, FILE* out);
+    int32_t DumpTableContents() override;
+    int GetHandlerKind() const override { return 13; }
+
+protected:
+    TMetricsFontData fFont;
+};
+
+class TVMTXTableDumper : public THMTXTableDumper {
+public:
+    using THMTXTableDumper::THMTXTableDumper;
+    int32_t DumpTableContents() override;
+};
+
+class THMTXTableComparator : public TTableComparator {
+public:
+    // (modified table, its 'post', long metrics, glyph count, then the same of the
+    // original font, out)
+    THMTXTableComparator(VellHandle modifiedTable, const VellHandle& modifiedPost, uint16_t modifiedLongMetrics,
+                         uint32_t modifiedGlyphs, VellHandle originalTable, const VellHandle& originalPost,
+                         uint16_t originalLongMetrics, uint32_t originalGlyphs, FILE* out);
+    int32_t DumpTableDeltas() override;
+    int GetHandlerKind() const override { return 13; }
+
+protected:
+    TMetricsFontData fModified;
+    TMetricsFontData fOriginal;
+};
+
+class TVMTXTableComparator : public THMTXTableComparator {
+public:
+    using THMTXTableComparator::THMTXTableComparator;
+    int32_t DumpTableDeltas() override;
+};

@@ -1,0 +1,14 @@
+// 'post': the PostScript header values, then glyph names glyph by glyph, then the
+// glyphs only one font has. There is no 'post' dumper.
+#pragma once
+
+#include "comparators/TTableComparator.h"
+
+class TPOSTTableComparator : public TTableComparator {
+public:
+    // (modified font, modified table, original font, original table, out)
+    TPOSTTableComparator(VellFontRef modifiedFont, VellHandle modifiedTable, VellFontRef originalFont,
+                         VellHandle originalTable, FILE* out);
+    int32_t DumpTableDeltas() override;
+    int GetHandlerKind() const override { return 5; }
+};

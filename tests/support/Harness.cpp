@@ -1,0 +1,74 @@
+#include "support/Harness.h"
+
+#include <cstdlib>
+#include <stdexcept>
+
+#include "VellCmpFonts.h"
+#include "comparators/TTableComparator.h"
+#include "dumpers/MakeTableDumper.h"
+
+CapturedStream::CapturedStream() { fFile = open_memstream(&fBuffer, &fSize); }
+
+CapturedStream::~CapturedStream() {
+    if (fFile) std::fclose(fFile);
+    std::free(fBuffer);
+}
+
+std::string CapturedStream::Text() {
+    std::fflush(fFile);
+    return std::string(fBuffer, fSize);
+}
+
+LoadedFont::LoadedFont(const FontTables& tables) : LoadedFont(BuildSfnt(tables)) {}
+
+LoadedFont::LoadedFont(const Bytes& fileBytes) {
+    ErrorRecord record;
+    fList = VellMakeFontListFromBytes(VellMappedFile::FromBytes(fileBytes), &record);
+    if (!fList || fList->entries.empty()) throw std::runtime_error("not a font");
+}
+
+VellFontRef LoadedFont::font() const { return fList->entries[0].font; }
+
+namespace {
+
+std::string RunComparator(const FontTables& modified, const FontTables& original, const char* tag, bool frame) {
+    LoadedFont modifiedFont(modified), originalFont(original);
+    CapturedStream out;
+    auto comparator = MakeTableComparator(modifiedFont.font(), originalFont.font(), VellMakeTag(
+        {tag[0], tag[1], tag[2], tag[3], '\0'}), out.file());
+    if (!comparator) return "";
+    if (frame)
+        comparator->DumpTable();
+    else
+        comparator->DumpTableDeltas();
+    return out.Text();
+}
+
+}  // namespace
+
+std::string CompareDeltas(const FontTables& modified, const FontTables& original, const char* tag) {
+    return RunComparator(modified, original, tag, false);
+}
+
+std::string CompareTable(const FontTables& modified, const FontTables& original, const char* tag) {
+    return RunComparator(modified, original, tag, true);
+}
+
+std::string DumpTable(const FontTables& font, const char* tag) {
+    LoadedFont loaded(font);
+    CapturedStream out;
+    auto dumper = MakeTableDumper(loaded.font(), VellMakeTag({tag[0], tag[1], tag[2], tag[3], '\0'}), out.file());
+    if (!dumper) return "";
+    dumper->DumpTable();
+    return out.Text();
+}
+
+SwitchesForTest::SwitchesForTest(bool postScriptNames, bool unicodeNames) {
+    gShowPostScriptNames = postScriptNames;
+    gShowUnicodeNames = unicodeNames;
+}
+
+SwitchesForTest::~SwitchesForTest() {
+    gShowPostScriptNames = 0;
+    gShowUnicodeNames = 0;
+}

@@ -1,0 +1,50 @@
+// Runs the registry's comparators and the dumpers in-process on fonts built in
+// code, and returns exactly what they print.
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "framework/VellFontFile.h"
+#include "support/FontBuilder.h"
+
+// A stdio stream whose bytes can be read back.
+class CapturedStream {
+public:
+    CapturedStream();
+    ~CapturedStream();
+    FILE* file() const { return fFile; }
+    std::string Text();
+
+private:
+    FILE* fFile = nullptr;
+    char* fBuffer = nullptr;
+    size_t fSize = 0;
+};
+
+// A font held in memory, as the framework lists it.
+class LoadedFont {
+public:
+    explicit LoadedFont(const FontTables& tables);
+    explicit LoadedFont(const Bytes& fileBytes);
+    VellFontRef font() const;
+
+private:
+    VellFontListRef fList;
+};
+
+// What the registry's comparator for `tag` prints from its DumpTableDeltas, the
+// modified font first. Empty when the registry makes no comparator.
+std::string CompareDeltas(const FontTables& modified, const FontTables& original, const char* tag);
+// The whole comparison frame (DumpTable) of the registry's comparator for `tag`.
+std::string CompareTable(const FontTables& modified, const FontTables& original, const char* tag);
+// What DumpTable prints for the factory's dumper of `tag` (velldump's, with `velldump`).
+std::string DumpTable(const FontTables& font, const char* tag);
+
+// Sets the process-wide switches for one test and restores them after it.
+class SwitchesForTest {
+public:
+    SwitchesForTest(bool postScriptNames, bool unicodeNames);
+    ~SwitchesForTest();
+};

@@ -63,18 +63,18 @@ bool FontTables::Has(const std::string& tag) const {
 
 namespace {
 
-// The offset table and directory of one font, its tables placed from dataStart on
-// (offsets counted from `base`), appended to `out`; returns the table data.
+// The offset table and directory of one font whose tables are appended to *data
+// and will lie at file offset dataStart on.
 Bytes Directory(const FontTables& font, size_t dataStart, Bytes* data) {
     TableWriter header;
     uint16_t count = static_cast<uint16_t>(font.tables.size());
     header.U32(0x00010000).U16(count).U16(0).U16(0).U16(0);
-    size_t at = dataStart;
+    size_t at = dataStart, start = data->size();
     for (const auto& [tag, bytes] : font.tables) {
         header.Tag(tag.c_str()).U32(0).U32(static_cast<uint32_t>(at)).U32(static_cast<uint32_t>(bytes.size()));
         data->insert(data->end(), bytes.begin(), bytes.end());
         data->resize((data->size() + 3) & ~size_t{3}, 0);
-        at = dataStart + data->size();
+        at = dataStart + (data->size() - start);
     }
     return header;
 }

@@ -1,0 +1,190 @@
+// The report's vocabulary: every print operation's exact format, the hex dump of
+// a dumper, and the comparison frame with its side-by-side hex difference.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "comparators/TTableComparator.h"
+#include "support/Harness.h"
+
+namespace {
+
+struct PrintCase {
+    const char* name;
+    std::function<void(TTableDumper&)> print;
+    const char* expected;
+};
+
+const Bytes kPascal = {5, 'H', 'e', 'l', 'l', 'o', '!'};
+
+const PrintCase kPrintCases[] = {
+    {"line", [](TTableDumper& d) { d.PrintLine("100%% of %s and 5%", true); }, "100% of %s and 5%\n"},
+    {"pascal line", [](TTableDumper& d) { d.PrintPascalLine(VellView(kPascal), false); }, "Hello"},
+    {"pascal past the end", [](TTableDumper& d) { d.PrintPascalLine(VellView(kPascal.data(), 3), true); }, "He\n"},
+    {"with comment", [](TTableDumper& d) { d.PrintWithComment("12", -3); }, "12\t/* -3 */\n"},
+    {"string", [](TTableDumper& d) { d.PrintStringField(2, "Name", "Vell"); }, "\t\tName:\tVell\n"},
+    {"pascal field", [](TTableDumper& d) { d.PrintPascalStringField(1, "PS", VellView(kPascal)); }, "\tPS:\tHello\n"},
+    {"version 1.0", [](TTableDumper& d) { d.PrintVersionField(1, "Version", 0x00010000); }, "\tVersion:\t1.0\n"},
+    {"version 1.5", [](TTableDumper& d) { d.PrintVersionField(0, "Version", 0x00018000); }, "Version:\t1.32768\n"},
+    {"tag", [](TTableDumper& d) { d.PrintTagField(1, "Vendor", VellMakeTag("OS/2")); }, "\tVendor:\t'OS/2'\n"},
+    {"int32", [](TTableDumper& d) { d.PrintInt32Field(1, "N", -419401985, false, true); }, "\tN:\t-419401985\n"},
+    {"int32 hex open", [](TTableDumper& d) { d.PrintInt32Field(1, "N", -2, true, false); }, "\tN:\t0xFFFFFFFE"},
+    {"uint32 is signed", [](TTableDumper& d) { d.PrintUInt32Field(1, "N", 0xE7006EFF, false); }, "\tN:\t-419401985\n"},
+    {"uint32 hex", [](TTableDumper& d) { d.PrintUInt32Field(1, "N", 0xAB, true); }, "\tN:\t0x000000AB\n"},
+    {"uint16", [](TTableDumper& d) { d.PrintUInt16Field(1, "N", 0xFFFF, false); }, "\tN:\t65535\n"},
+    {"uint16 hex", [](TTableDumper& d) { d.PrintUInt16Field(1, "N", 0xFFFF, true); }, "\tN:\t0xFFFF\n"},
+    {"int16", [](TTableDumper& d) { d.PrintInt16Field(1, "N", -5, false); }, "\tN:\t-5\n"},
+    {"int16 hex extends", [](TTableDumper& d) { d.PrintInt16Field(1, "N", -1, true); }, "\tN:\t0xFFFFFFFF\n"},
+    {"int16 hex positive", [](TTableDumper& d) { d.PrintInt16Field(1, "N", 10, true); }, "\tN:\t0x000A\n"},
+    {"uint8", [](TTableDumper& d) { d.PrintUInt8Field(3, "N", 200, false); }, "\t\t\tN:\t200\n"},
+    {"uint8 hex", [](TTableDumper& d) { d.PrintUInt8Field(1, "N", 10, true); }, "\tN:\t0x0A\n"},
+    {"int8", [](TTableDumper& d) { d.PrintInt8Field(1, "N", -16, false); }, "\tN:\t-16\n"},
+    {"int8 hex extends", [](TTableDumper& d) { d.PrintInt8Field(1, "N", -16, true); }, "\tN:\t0xFFFFFFF0\n"},
+    {"boolean", [](TTableDumper& d) { d.PrintBooleanField(2, "Bold", true); }, "\t\tBold:\tTRUE\n"},
+    {"flag", [](TTableDumper& d) { d.PrintFlagField(2, "Fixed", 0); }, "\t\tFixed:\tFALSE\n"},
+    {"date epoch", [](TTableDumper& d) { d.PrintDateField(1, "Created", 0); }, "\tCreated:\t01/01/1904\n"},
+    {"date ignores high word",
+     [](TTableDumper& d) { d.PrintDateField(1, "Created", 0xFFFFFFFF00000000ULL + 3142224000ULL); },
+     "\tCreated:\t07/28/2003\n"},
+    {"date leap day", [](TTableDumper& d) { d.PrintDateField(1, "D", 86400ULL * (365 * 96 + 24 + 59)); },
+     "\tD:\t02/29/2000\n"},
+    {"point", [](TTableDumper& d) { d.PrintPointField(1, "P", 0x00018000, -0x20000); },
+     "\tP:\t( 1.500000, -2.000000 )\n"},
+    {"indexed point", [](TTableDumper& d) { d.PrintIndexedPoint(1, 3, 0x10000, 0); }, "\t3:\t( 1.000000, 0.000000 )\n"},
+    {"indexed uint8", [](TTableDumper& d) { d.PrintIndexedUInt8(1, 7, 0x1F, true); }, "\t7:\t0x1F\n"},
+    {"indexed uint16", [](TTableDumper& d) { d.PrintIndexedUInt16(1, 7, 300, false); }, "\t7:\t300\n"},
+    {"indexed uint16 hex", [](TTableDumper& d) { d.PrintIndexedUInt16(0, 7, 300, true); }, "7:\t0x012C\n"},
+    {"indexed pascal", [](TTableDumper& d) { d.PrintIndexedPascalString(1, 2, VellView(kPascal)); }, "\t2:\tHello\n"},
+    {"unicode value open", [](TTableDumper& d) { d.PrintUnicodeValue(1, "Char", 0x41, true, true); }, "\tChar:\tU+0041"},
+    {"byte value", [](TTableDumper& d) { d.PrintUnicodeValue(1, nullptr, 0x41, false, true); }, "\t0x41"},
+    {"glyph without font", [](TTableDumper& d) { d.PrintGlyphField(1, "Glyph", 36, false, false); }, "\tGlyph:\t36\n"},
+    {"glyph null label", [](TTableDumper& d) { d.PrintGlyphField(0, nullptr, 3, false, false); }, "(null):\t3\n"},
+    {"font name without font", [](TTableDumper& d) { d.PrintFontNameField(1, "Name", 4); }, "\tName:\t4\n"},
+};
+
+class PrintOperations : public ::testing::TestWithParam<PrintCase> {};
+
+TEST_P(PrintOperations, PrintExactly) {
+    CapturedStream out;
+    TTableDumper dumper(VelmNewHandle(Bytes{}), out.file(), nullptr);
+    GetParam().print(dumper);
+    EXPECT_EQ(out.Text(), GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, PrintOperations, ::testing::ValuesIn(kPrintCases),
+                         [](const auto& info) {
+                             std::string name = info.param.name;
+                             for (char& c : name)
+                                 if (!isalnum(static_cast<unsigned char>(c))) c = '_';
+                             return name;
+                         });
+
+TEST(PrintOperationsWithFont, GlyphAndNameFieldsUseTheFontsNames) {
+    LoadedFont font(SampleFont());
+    CapturedStream out;
+    TTableDumper dumper(VelmNewHandle(Bytes{}), out.file(), font.font());
+    dumper.PrintGlyphField(1, "Glyph", 2, false, true);  // without -p the line stays open
+    dumper.PrintLine("|", true);
+    {
+        SwitchesForTest switches(true, true);
+        dumper.PrintGlyphField(1, "Glyph", 2, true, true);
+        dumper.PrintGlyphField(1, "Glyph", 9, false, true);
+        dumper.PrintUnicodeValue(1, "Char", 0x41, true, true);
+        dumper.PrintUnicodeValue(1, "Char", 0x09, true, true);
+    }
+    dumper.PrintFontNameField(1, "Name", 4);
+    dumper.PrintFontNameField(1, "Name", 17);
+    EXPECT_EQ(out.Text(),
+              "\tGlyph:\t2|\n"
+              "\tGlyph:\t2 (A U+FFFF)\n"
+              "\tGlyph:\t9 (### BAD GLYPH NAME (error -50) ###)\n"
+              "\tChar:\tU+0041 LATIN CAPITAL LETTER A\n"
+              "\tChar:\tU+0009 <control-0009>\n"
+              "\tName:\t4 \"Sample Regular\"\n"
+              "\tName:\t17 \"\"\n");
+}
+
+TEST(PrintOperationsWithoutOutput, PrintNothing) {
+    TTableDumper dumper(VelmNewHandle(Bytes{1, 2}), nullptr, nullptr);
+    dumper.PrintLine("x", true);
+    EXPECT_EQ(dumper.DumpTable(), 0);
+    EXPECT_EQ(dumper.DumpTableContents(), 1);
+}
+
+std::string HexDump(const Bytes& table) {
+    CapturedStream out;
+    TTableDumper dumper(VelmNewHandle(table), out.file(), nullptr);
+    dumper.SetTableTag(VellMakeTag("cvt "));
+    dumper.DumpTable();
+    return out.Text();
+}
+
+TEST(HexDump, FramesRowsOfSixteenAndMarksUnprintableBytes) {
+    Bytes table;
+    for (int i = 0; i < 16; ++i) table.push_back(static_cast<uint8_t>('A' + i));
+    table.push_back('%');
+    EXPECT_EQ(HexDump(table),
+              "##### Table 'cvt ' (17 bytes in the modified font)\n"
+              "0x00000000\t41 42 43 44 45 46 47 48 49 4A 4B 4C 4D 4E 4F 50 \t|\tABCDEFGHIJKLMNOP\n"
+              "0x00000010\t25 " + std::string(45, ' ') + "\t|\t%" + std::string(15, ' ') + "\n"
+              "\n#####\n End table\n\n\n");
+    EXPECT_EQ(HexDump(Bytes{0x00, 0x1F, 0x20, 0x7E, 0x7F, 0x80, 0xFF, '%', '%'}),
+              "##### Table 'cvt ' (9 bytes in the modified font)\n"
+              "0x00000000\t00 1F 20 7E 7F 80 FF 25 25 " + std::string(21, ' ') +
+                  "\t|\t\xC2\xC2 ~\xC2\xC2\xC2%%" + std::string(7, ' ') + "\n"
+              "\n#####\n End table\n\n\n");
+    EXPECT_EQ(HexDump(Bytes{}), "##### Table 'cvt ' (0 bytes in the modified font)\n\n#####\n End table\n\n\n");
+}
+
+std::string Compare(const Bytes& modified, const Bytes& original, bool frame = true) {
+    CapturedStream out;
+    TTableComparator comparator(VelmNewHandle(modified), VelmNewHandle(original), out.file());
+    comparator.SetTableTag(VellMakeTag("kern"));
+    if (frame)
+        comparator.DumpTable();
+    else
+        comparator.DumpTableDeltas();
+    return out.Text();
+}
+
+TEST(HexDifference, EqualTablesSayNoChangesInsideBothFrames) {
+    EXPECT_EQ(Compare(Bytes{1, 2, 3}, Bytes{1, 2, 3}),
+              "##### Table 'kern' (3 bytes in the modified font)\n"
+              "                   (3 bytes in the original font)\n"
+              "                   No changes\n#####\n End table comparison\n\n\n"
+              "\n#####\n End table\n\n\n");
+}
+
+TEST(HexDifference, ShortRowsArePaddedAndMarkedWhenTheirCountsDiffer) {
+    Bytes modified = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i', 'j'};
+    Bytes original = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i', 'j', 'k', 'l', 'm', 'n', 'o', 'p'};
+    EXPECT_EQ(Compare(modified, original, false),
+              "    0x00000000\t61 62 63 64 65 66 67 68 \t|\tabcdefgh\t||\t61 62 63 64 65 66 67 68 \t|\tabcdefgh\n"
+              "==> 0x00000008\t69 6A " + std::string(18, ' ') + "\t|\tij      \t||\t"
+              "69 6A 6B 6C 6D 6E 6F 70 \t|\tijklmnop\n");
+}
+
+TEST(HexDifference, TheOriginalCharacterColumnShowsModifiedBytesWherePrintable) {
+    // 'A' against 'B' shows "A" in both columns; an unprintable original byte
+    // shows the mark; a printable original byte opposite an unprintable modified
+    // byte shows that modified byte as it is.
+    EXPECT_EQ(Compare(Bytes{'A', 0x01, 'C'}, Bytes{'B', 0x02, 'D'}, false),
+              "==> 0x00000000\t41 01 43 " + std::string(15, ' ') + "\t|\tA\xC2" "C     \t||\t"
+              "42 02 44 " + std::string(15, ' ') + "\t|\tA\xC2" "C     \n");
+    EXPECT_EQ(Compare(Bytes{0x01}, Bytes{'Z'}, false),
+              "==> 0x00000000\t01 " + std::string(21, ' ') + "\t|\t\xC2       \t||\t"
+              "5A " + std::string(21, ' ') + "\t|\t\x01       \n");
+}
+
+TEST(HexDifference, AnEmptySideShowsOnlyTheOtherSidesBytesAndMarksEveryRow) {
+    EXPECT_EQ(Compare(Bytes{}, Bytes{'x', 'y'}, false),
+              "==> 0x00000000\t" + std::string(24, ' ') + "\t|\t" + std::string(8, ' ') + "\t||\t"
+              "78 79 " + std::string(18, ' ') + "\t|\txy      \n");
+}
+
+TEST(HexDifference, WithoutAReportStreamReturnsOne) {
+    TTableComparator comparator(VelmNewHandle(Bytes{1}), VelmNewHandle(Bytes{2}), nullptr);
+    EXPECT_EQ(comparator.DumpTableDeltas(), 1);
+}
+
+}  // namespace

@@ -84,10 +84,8 @@ bool Failed(ErrorRecord* record) {
     return true;
 }
 
-std::string TagString(VellTag tag) { return VellTagText(tag); }
-
-// Whether the `length` bytes read at offset (length - 4) of a table, past `keep`,
-// are all zero: the padding that pads a table to a multiple of four bytes.
+// Whether a table's last four bytes are zero from fromByte on: the padding that
+// rounds a table up to a multiple of four bytes.
 bool TailIsZero(const uint8_t (&lastWord)[4], size_t fromByte) {
     for (size_t i = fromByte; i < 4; ++i)
         if (lastWord[i] != 0) return false;
@@ -119,12 +117,12 @@ bool TableChanged(VellFontRef modifiedFont, VellFontRef originalFont, VellTag ta
         }
     }
     if (!lengthsEqual) return true;
-    VellHandle modified = VellGetFontTableHandle(modifiedFont, tag, nullptr, record);
+    // Compared in place: only the comparator needs copies of its own.
+    VellView modified = VellFontTableView(modifiedFont, tag, record);
     if ((*failed = Failed(record))) return false;
-    VellHandle original = VellGetFontTableHandle(originalFont, tag, nullptr, record);
+    VellView original = VellFontTableView(originalFont, tag, record);
     if ((*failed = Failed(record))) return false;
-    VellView a = VelmView(modified).sub(0, compareLength), b = VelmView(original).sub(0, compareLength);
-    return !(a == b);
+    return !(modified.sub(0, compareLength) == original.sub(0, compareLength));
 }
 
 // Lists the tables of `font` that `other` lacks.
@@ -136,7 +134,7 @@ bool ListTablesMissingFrom(VellFontRef font, uint32_t count, VellFontRef other, 
         uint32_t otherLength = VellFindFontTable(other, tag, nullptr, nullptr, record);
         if (Failed(record)) return false;
         if (otherLength == 0)
-            std::fprintf(gReportFile, "\t'%s' %d bytes\n", TagString(tag).c_str(), static_cast<int32_t>(length));
+            std::fprintf(gReportFile, "\t'%s' %d bytes\n", VellTagText(tag).c_str(), static_cast<int32_t>(length));
     }
     return true;
 }
@@ -171,7 +169,7 @@ void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* 
         if (failed) return;
         if (!changed) continue;
 
-        std::string tagText = TagString(tag);
+        std::string tagText = VellTagText(tag);
         std::fprintf(gReportFile, "\n\t'%s'\n", tagText.c_str());
         if (gVerbose) std::fprintf(stderr, "Found a delta in the '%s' tables\n", tagText.c_str());
         try {

@@ -54,10 +54,12 @@ VellTag ParseTag(const std::string& text) {
 
 // The dumpers that the factory does not make are built here, from the arguments
 // their tables need; every other tag goes to the factory.
-std::unique_ptr<TTableDumper> MakeDumper(VellFontRef font, VellTag tag, FILE* out) {
-    ErrorRecord record;
-    VellHandle table = VellGetFontTableHandle(font, tag, nullptr, &record);
-    if (!table || record.code != 0) return MakeTableDumper(font, tag, out);
+std::unique_ptr<TTableDumper> MakeDumper(VellFontRef font, VellTag tag, FILE* out, ErrorRecord* record) {
+    // A table the framework cannot read is reported here: the factory has no
+    // report of its own for a failing framework call.
+    VellHandle table = VellGetFontTableHandle(font, tag, nullptr, record);
+    if (record->code != 0) return nullptr;
+    if (!table) return MakeTableDumper(font, tag, out);
     std::unique_ptr<TTableDumper> dumper;
     switch (tag) {
         case VellMakeTag("EBSC"):
@@ -70,10 +72,11 @@ std::unique_ptr<TTableDumper> MakeDumper(VellFontRef font, VellTag tag, FILE* ou
             dumper = std::make_unique<TVHEATableDumper>(std::move(table), out);
             break;
         case VellMakeTag("vmtx"): {
-            VellHandle post = VellGetFontTableHandle(font, VellMakeTag("post"), nullptr, &record);
+            VellHandle post = VellGetFontTableHandle(font, VellMakeTag("post"), nullptr, record);
             uint16_t longMetrics = VellFontTableView(font, VellMakeTag("vhea")).u16(34);
             dumper = std::make_unique<TVMTXTableDumper>(std::move(table), post, longMetrics,
-                                                        VellCountFontGlyphs(font, &record), out);
+                                                        VellCountFontGlyphs(font, record), out);
+            if (record->code != 0) return nullptr;
             break;
         }
         default:
@@ -105,7 +108,12 @@ int DumpFont(VellFontRef font, const std::vector<std::string>& tagTexts) {
     }
     for (VellTag tag : tags) {
         try {
-            std::unique_ptr<TTableDumper> dumper = MakeDumper(font, tag, gReportFile);
+            std::unique_ptr<TTableDumper> dumper = MakeDumper(font, tag, gReportFile, &record);
+            if (record.code != 0) {
+                MapFrameworkError(&record);
+                ReportError(&record);
+                return 1;
+            }
             if (!dumper) {
                 std::fprintf(stderr, "##### WARNING! The font has no '%s' table!\n", VellTagText(tag).c_str());
                 continue;

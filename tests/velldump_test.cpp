@@ -69,3 +69,19 @@ TEST(Velldump, MissingTablesWarnAndBadFilesFail) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(Velldump, ATableOutsideTheFileIsReportedNotDumped) {
+    TempDir dir;
+    Bytes file = BuildSfnt(SampleFont());
+    SetU32(file, 12 + 8, 0x00FFFFF0);  // the first directory entry's offset ('head')
+    std::string path = dir.Write("a.ttf", file);
+    RunResult run = RunVelldump({path, "maxp", "head", "hhea"});
+    EXPECT_EQ(run.out, kMaxpDump);
+    EXPECT_EQ(run.err, "##### ERROR: The Vellkit reported a problem.\n"
+                       "##### ERROR:  Aborting after failure to dump " + path + ".\n");
+    EXPECT_EQ(run.status, 1);
+}
+
+}  // namespace

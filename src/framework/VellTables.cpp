@@ -103,10 +103,17 @@ uint32_t VellCountFontGlyphs(VellFontRef font, ErrorRecord* record) {
     return VellFontTableView(font, VellMakeTag("maxp")).u16(4);
 }
 
-VellView VellFontTableView(VellFontRef font, VellTag tag) {
-    if (font == nullptr) return {};
+VellView VellFontTableView(VellFontRef font, VellTag tag, ErrorRecord* record) {
+    if (font == nullptr) {
+        if (record != nullptr) record->code = kVellParamErr;
+        return {};
+    }
     const VellTableEntry* entry = FindEntry(font, tag);
     VellView bytes;
-    if (entry == nullptr || !EntryBytes(font, *entry, &bytes)) return {};
+    if (entry == nullptr) return {};
+    if (!EntryBytes(font, *entry, &bytes)) {
+        if (record != nullptr) record->code = kVellBadTableErr;
+        return {};
+    }
     return bytes;
 }

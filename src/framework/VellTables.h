@@ -34,5 +34,6 @@ VellHandle VellGetFontTablePtr(VellFontRef font, VellTag tag, uint32_t* size, Er
 uint32_t VellCountFontGlyphs(VellFontRef font, ErrorRecord* record);
 
 // The bytes of a table in place, without a copy; an empty view when the font has
-// no such table or its entry lies outside the file.
-VellView VellFontTableView(VellFontRef font, VellTag tag);
+// no such table or its entry lies outside the file (which, with a record, is an
+// error as it is for VellGetFontTableHandle).
+VellView VellFontTableView(VellFontRef font, VellTag tag, ErrorRecord* record = nullptr);

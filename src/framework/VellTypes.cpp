@@ -1,8 +1,13 @@
 #include "framework/VellTypes.h"
 
 std::string VellTagText(VellTag tag) {
-    std::string text(4, ' ');
-    for (int i = 0; i < 4; ++i) text[i] = static_cast<char>(tag >> (24 - 8 * i) & 0xFF);
+    // A tag prints as a C string of its four bytes, so it ends at a NUL byte.
+    std::string text;
+    for (int i = 0; i < 4; ++i) {
+        char c = static_cast<char>(tag >> (24 - 8 * i) & 0xFF);
+        if (c == '\0') break;
+        text.push_back(c);
+    }
     return text;
 }
 

@@ -14,7 +14,7 @@ constexpr VellTag VellMakeTag(const char (&text)[5]) {
            static_cast<VellTag>(static_cast<uint8_t>(text[3]));
 }
 
-// The four characters of a tag in stored order.
+// The characters of a tag in stored order, as printed: up to its first NUL byte.
 std::string VellTagText(VellTag tag);
 
 // Status codes the framework leaves in an ErrorRecord. The tool knows only the

@@ -1,5 +1,51 @@
 #include "tables/post.h"
 
+#include <algorithm>
+#include <string>
+
+#include "VellCmpFonts.h"
+#include "framework/VellGlyphs.h"
+#include "framework/VellTables.h"
+
+namespace {
+
+// The 'post' header. The italic angle is a signed 16.16 value but prints as two
+// unsigned halves, like a version number, so -12.5 reads 65523.32768; reports
+// have always shown it that way. isFixedPitch compares all 32 bits, so 1 against
+// 2 is a change even though both print TRUE.
+constexpr FieldRow kPostHeaderRows[] = {
+    {0, FieldKind::Version, "Format"},
+    {4, FieldKind::Version, "Italic angle"},
+    {8, FieldKind::Int16, "Underline position"},
+    {10, FieldKind::UInt16, "Underline thickness"},
+    {12, FieldKind::Flag32, "Is monospaced"},
+    {16, FieldKind::Int32, "Minimum memory, type 42"},
+    {20, FieldKind::Int32, "Maximum memory, type 42"},
+    {24, FieldKind::Int32, "Minimum memory, type 1"},
+    {28, FieldKind::Int32, "Maximum memory, type 1"},
+};
+
+uint32_t CountGlyphs(VellFontRef font) {
+    ErrorRecord record;
+    ClearUSN(&record);
+    uint32_t count = VellCountFontGlyphs(font, &record);
+    ThrowIfVellError(record);
+    return count;
+}
+
+// The glyph's PostScript name as this 'post' table gives it; a table without
+// names (format 3) gives an empty one. Names are C strings: a NUL byte inside a
+// format 2 Pascal string ends the name.
+std::string PostScriptName(const VellHandle& post, uint32_t glyph) {
+    std::string name;
+    int32_t status = VellFindPSGlyphNameFromTable(post, glyph, &name);
+    if (status != 0) throw TVellCmpVellException(status);
+    name.erase(std::find(name.begin(), name.end(), '\0'), name.end());
+    return name;
+}
+
+}  // namespace
+
 TPOSTTableComparator::TPOSTTableComparator(VellFontRef modifiedFont, VellHandle modifiedTable,
                                            VellFontRef originalFont, VellHandle originalTable, FILE* out)
     : TTableComparator(std::move(modifiedTable), std::move(originalTable), out) {
@@ -7,4 +53,31 @@ TPOSTTableComparator::TPOSTTableComparator(VellFontRef modifiedFont, VellHandle 
     SetOriginalFont(originalFont);
 }
 
-int32_t TPOSTTableComparator::DumpTableDeltas() { return TTableComparator::DumpTableDeltas(); }
+int32_t TPOSTTableComparator::DumpTableDeltas() {
+    // The glyph counts come from the fonts ('maxp'), not from the 'post' tables,
+    // which may name fewer glyphs or none.
+    uint32_t originalGlyphs = CountGlyphs(GetOriginalFont());
+    uint32_t modifiedGlyphs = CountGlyphs(GetModifiedFont());
+    uint32_t commonGlyphs = std::min(originalGlyphs, modifiedGlyphs);
+    uint32_t allGlyphs = std::max(originalGlyphs, modifiedGlyphs);
+
+    CompareFieldRows(1, kPostHeaderRows, GetTableView(), GetOriginalTableView());
+
+    for (uint32_t glyph = 0; glyph < commonGlyphs; ++glyph) {
+        std::string originalName = PostScriptName(GetOriginalTableHandle(), glyph);
+        std::string modifiedName = PostScriptName(GetTableHandle(), glyph);
+        if (originalName == modifiedName) continue;
+        PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
+        PrintLine("\t\tname (mod ):\t" + modifiedName, true);
+        PrintLine("\t\tname (orig):\t" + originalName, true);
+    }
+
+    if (originalGlyphs > modifiedGlyphs) PrintLine("\t### Deleted glyphs:", true);
+    if (modifiedGlyphs > originalGlyphs) PrintLine("\t### Added glyphs:", true);
+    for (uint32_t glyph = commonGlyphs; glyph < allGlyphs; ++glyph) {
+        const VellHandle& post = glyph < originalGlyphs ? GetOriginalTableHandle() : GetTableHandle();
+        PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, false);
+        PrintLine("\t" + PostScriptName(post, glyph), true);
+    }
+    return 0;
+}

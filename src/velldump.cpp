@@ -55,8 +55,13 @@ VellTag ParseTag(const std::string& text) {
 // The dumpers that the factory does not make are built here, from the arguments
 // their tables need; every other tag goes to the factory.
 std::unique_ptr<TTableDumper> MakeDumper(VellFontRef font, VellTag tag, FILE* out, ErrorRecord* record) {
-    // A table the framework cannot read is reported here: the factory has no
-    // report of its own for a failing framework call.
+    // The factory reads the table, 'post' and 'hhea', and has no report of its own
+    // for a framework call that fails: a table the framework cannot read is
+    // reported here instead.
+    for (VellTag needed : {tag, VellMakeTag("post"), VellMakeTag("hhea")}) {
+        VellFontTableView(font, needed, record);
+        if (record->code != 0) return nullptr;
+    }
     VellHandle table = VellGetFontTableHandle(font, tag, nullptr, record);
     if (record->code != 0) return nullptr;
     if (!table) return MakeTableDumper(font, tag, out);

@@ -4,7 +4,10 @@
 // them for a comparator (TTableComparator::CompareFieldRows).
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 
 class TTableDumper;
 
@@ -50,4 +53,24 @@ constexpr uint32_t FieldWidth(FieldKind kind) {
         default:
             return 4;
     }
+}
+
+// Another name for the field at an offset.
+struct FieldLabel {
+    uint32_t offset;
+    const char* label;
+};
+
+// The first Count rows of a layout, with the labels of some fields replaced: for
+// a layout that two listings (or two versions of a table) name differently.
+template <size_t Count, size_t N>
+constexpr std::array<FieldRow, Count> RelabelledRows(const FieldRow (&rows)[N], std::initializer_list<FieldLabel> labels) {
+    static_assert(Count <= N);
+    std::array<FieldRow, Count> relabelled{};
+    for (size_t i = 0; i < Count; ++i) {
+        relabelled[i] = rows[i];
+        for (const FieldLabel& other : labels)
+            if (other.offset == rows[i].offset) relabelled[i].label = other.label;
+    }
+    return relabelled;
 }

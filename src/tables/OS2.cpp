@@ -1,7 +1,5 @@
 #include "tables/OS2.h"
 
-#include <array>
-
 namespace {
 
 // Byte sizes that name a layout. Only the size decides; the version field is
@@ -105,17 +103,8 @@ static_assert(kDumpRows[kVersion1DumpRowCount].offset == kVersion1Size);
 // Version 0 tables predate Unicode ranges: the same four words were character
 // ranges, and the dump keeps their old names. Otherwise it is the dump's layout
 // up to usWinDescent.
-constexpr size_t kVersion0DumpRowCount = 30;
-constexpr std::array<FieldRow, kVersion0DumpRowCount> Version0DumpRows() {
-    std::array<FieldRow, kVersion0DumpRowCount> rows{};
-    constexpr const char* kCharRanges[] = {"ulCharRange1", "ulCharRange2", "ulCharRange3", "ulCharRange4"};
-    for (size_t i = 0; i < rows.size(); ++i) {
-        rows[i] = kDumpRows[i];
-        if (rows[i].offset >= 42 && rows[i].offset < 58) rows[i].label = kCharRanges[(rows[i].offset - 42) / 4];
-    }
-    return rows;
-}
-constexpr auto kVersion0DumpRows = Version0DumpRows();
+constexpr auto kVersion0DumpRows = RelabelledRows<30>(
+    kDumpRows, {{42, "ulCharRange1"}, {46, "ulCharRange2"}, {50, "ulCharRange3"}, {54, "ulCharRange4"}});
 static_assert(kVersion0DumpRows.back().offset == 76);
 
 // The older layout: the first 68 bytes under the names of the first 'OS/2'

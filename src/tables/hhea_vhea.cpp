@@ -1,5 +1,44 @@
 #include "tables/hhea_vhea.h"
 
-int32_t THHEATableDumper::DumpTableContents() { return TTableDumper::DumpTableContents(); }
+namespace {
 
-int32_t THHEATableComparator::DumpTableDeltas() { return TTableComparator::DumpTableDeltas(); }
+// The 36-byte metrics header. 'vhea' has the same positions and keeps the
+// horizontal labels ("Advance width maximum") that its reports have always used.
+// The comparator numbers the reserved words, so a change says which one moved;
+// they compare as raw 16-bit words and print signed.
+constexpr FieldRow kMetricsHeaderRows[] = {
+    {0, FieldKind::Version, "Version"},
+    {4, FieldKind::Int16, "Ascent"},
+    {6, FieldKind::Int16, "Descent"},
+    {8, FieldKind::Int16, "Line gap"},
+    {10, FieldKind::UInt16, "Advance width maximum"},
+    {12, FieldKind::Int16, "Minimum left-side bearing"},
+    {14, FieldKind::Int16, "Minimum right-side bearing"},
+    {16, FieldKind::Int16, "Maximum X-extent"},
+    {18, FieldKind::Int16, "Caret slope rise"},
+    {20, FieldKind::Int16, "Caret slope run"},
+    {22, FieldKind::Int16, "Caret offset"},
+    {24, FieldKind::Int16, "Reserved 0"},
+    {26, FieldKind::Int16, "Reserved 1"},
+    {28, FieldKind::Int16, "Reserved 2"},
+    {30, FieldKind::Int16, "Reserved 3"},
+    {32, FieldKind::Int16, "Metric data format"},
+    {34, FieldKind::UInt16, "Number of long horizontal metrics"},
+};
+
+// The dumper prints the four reserved words under one unnumbered label.
+constexpr auto kMetricsHeaderDumpRows = RelabelledRows<std::size(kMetricsHeaderRows)>(
+    kMetricsHeaderRows, {{24, "Reserved"}, {26, "Reserved"}, {28, "Reserved"}, {30, "Reserved"}});
+
+}  // namespace
+
+int32_t THHEATableDumper::DumpTableContents() {
+    DumpFieldRows(1, kMetricsHeaderDumpRows, GetTableView());
+    return 0;
+}
+
+int32_t THHEATableComparator::DumpTableDeltas() {
+    if (!HasBothTables()) return 1;
+    CompareFieldRows(1, kMetricsHeaderRows, GetTableView(), GetOriginalTableView());
+    return 0;
+}

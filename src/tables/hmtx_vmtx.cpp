@@ -1,21 +1,113 @@
 #include "tables/hmtx_vmtx.h"
 
+#include <algorithm>
+#include <exception>
+
 #include "VellCmpFonts.h"
+#include "framework/VellGlyphs.h"
+
+namespace {
+
+constexpr size_t kLongMetricBytes = 4;
+constexpr size_t kSideBearingBytes = 2;
+// Glyph indices are 16-bit: no font holds more glyphs than this.
+constexpr uint32_t kMaxGlyphCount = 0xFFFF;
+
+struct LongMetric {
+    uint16_t advance;
+    int16_t sideBearing;
+    bool operator==(const LongMetric&) const = default;
+};
+
+LongMetric LongMetricAt(VellView table, uint32_t glyph) {
+    size_t at = kLongMetricBytes * size_t{glyph};
+    return {table.u16(at), table.s16(at + 2)};
+}
+
+// The side bearing of a glyph at or past its font's long metrics, from the array
+// that follows them.
+int16_t TrailingSideBearingAt(VellView table, uint32_t longMetrics, uint32_t glyph) {
+    return table.s16(kLongMetricBytes * size_t{longMetrics} + kSideBearingBytes * (size_t{glyph} - longMetrics));
+}
+
+// The glyph's PostScript name from a 'post' copy; empty without one.
+std::string PostScriptName(const VellHandle& post, uint32_t glyph) {
+    std::string name;
+    int32_t status = VellFindPSGlyphNameFromTable(post, glyph, &name);
+    if (status != 0) throw TVellCmpVellException(status);
+    return name;
+}
+
+void PrintNameLine(TTableDumper& dumper, const VellHandle& post, uint32_t glyph) {
+    if (post) dumper.PrintLine("\t\tName:\t" + PostScriptName(post, glyph), true);
+}
+
+// Advance and side bearing of one glyph, as the font's own metrics lookup sees them.
+LongMetric FontMetrics(VellFontRef font, uint32_t glyph) {
+    ErrorRecord record;
+    LongMetric metric{};
+    VellGetHMTXMetrics(font, glyph, &metric.advance, &metric.sideBearing, &record);
+    ThrowIfVellError(record);
+    return metric;
+}
+
+}  // namespace
 
 TMetricsFontData::TMetricsFontData(const VellHandle& postTable, uint16_t longMetricCount, uint32_t glyphs)
-    : longMetrics(longMetricCount), glyphCount(glyphs) {
+    : longMetrics(longMetricCount), glyphCount(std::min(glyphs, kMaxGlyphCount)) {
     ErrorRecord record;
     post = VelmHandToHand(postTable, &record);
     ThrowIfVellError(record);
 }
 
+// ---- Dumpers ----
+
 THMTXTableDumper::THMTXTableDumper(VellHandle table, const VellHandle& post, uint16_t longMetrics,
                                    uint32_t glyphCount, FILE* out)
     : TTableDumper(std::move(table), out, nullptr), fFont(post, longMetrics, glyphCount) {}
 
-int32_t THMTXTableDumper::DumpTableContents() { return TTableDumper::DumpTableContents(); }
+void THMTXTableDumper::DumpTrailingSideBearings() {
+    VellView table = GetTableView();
+    for (uint32_t glyph = fFont.longMetrics; glyph < fFont.glyphCount; ++glyph) {
+        PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
+        if (fFont.post) {
+            std::string name;
+            // A name that cannot be read here ends the run, unreported.
+            if (VellFindPSGlyphNameFromTable(fFont.post, glyph, &name) != 0) std::terminate();
+            PrintLine("\t\tName:\t" + name, true);
+        }
+        // A side bearing, but under the advance-width label these listings have always used.
+        PrintInt16Field(2, "Advance width", TrailingSideBearingAt(table, fFont.longMetrics, glyph), false);
+    }
+}
 
-int32_t TVMTXTableDumper::DumpTableContents() { return TTableDumper::DumpTableContents(); }
+int32_t THMTXTableDumper::DumpTableContents() {
+    VellView table = GetTableView();
+    for (uint32_t glyph = 0; glyph < fFont.longMetrics; ++glyph) {
+        // Without -p the "Glyph" line stays open and the advance width goes on it.
+        PrintGlyphField(1, "Glyph", glyph, false, true);
+        LongMetric metric = LongMetricAt(table, glyph);
+        PrintUInt16Field(2, "Advance width", metric.advance, false);
+        PrintInt16Field(2, "Left-side bearing", metric.sideBearing, false);
+    }
+    DumpTrailingSideBearings();
+    return 0;
+}
+
+int32_t TVMTXTableDumper::DumpTableContents() {
+    VellView table = GetTableView();
+    for (uint32_t glyph = 0; glyph < fFont.longMetrics; ++glyph) {
+        PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
+        PrintNameLine(*this, fFont.post, glyph);
+        LongMetric metric = LongMetricAt(table, glyph);
+        PrintUInt16Field(2, "Advance width", metric.advance, false);
+        PrintInt16Field(2, "Left-side bearing", metric.sideBearing, false);
+    }
+    DumpTrailingSideBearings();
+    return 0;
+}
+
+// ---- Comparators ----
 
 THMTXTableComparator::THMTXTableComparator(VellHandle modifiedTable, const VellHandle& modifiedPost,
                                            uint16_t modifiedLongMetrics, uint32_t modifiedGlyphs,
@@ -25,6 +117,132 @@ THMTXTableComparator::THMTXTableComparator(VellHandle modifiedTable, const VellH
       fModified(modifiedPost, modifiedLongMetrics, modifiedGlyphs),
       fOriginal(originalPost, originalLongMetrics, originalGlyphs) {}
 
-int32_t THMTXTableComparator::DumpTableDeltas() { return TTableComparator::DumpTableDeltas(); }
+void THMTXTableComparator::PrintNameLines(const std::string& modifiedName, const std::string& originalName,
+                                          const char* modifiedLabel) {
+    if (modifiedName == originalName) {
+        PrintLine("\t\tName:\t" + modifiedName, true);
+        return;
+    }
+    PrintLine(std::string("\t\t") + modifiedLabel + ":\t" + modifiedName, true);
+    PrintLine("\t\tName (orig):\t" + originalName, true);
+}
 
-int32_t TVMTXTableComparator::DumpTableDeltas() { return TTableComparator::DumpTableDeltas(); }
+int32_t THMTXTableComparator::DumpTableDeltas() {
+    if (!HasBothTables()) return 1;
+    uint32_t sharedGlyphs = std::min(fModified.glyphCount, fOriginal.glyphCount);
+    for (uint32_t glyph = 0; glyph < sharedGlyphs; ++glyph) {
+        // Each font's own view of its metrics, so a glyph past numberOfHMetrics
+        // compares with the last advance it inherits.
+        LongMetric modified = FontMetrics(GetModifiedFont(), glyph);
+        LongMetric original = FontMetrics(GetOriginalFont(), glyph);
+        if (modified == original) continue;
+        PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
+        std::string modifiedName, originalName;
+        if (fModified.post && glyph < fModified.glyphCount) modifiedName = PostScriptName(fModified.post, glyph);
+        if (fOriginal.post && glyph < fOriginal.glyphCount) originalName = PostScriptName(fOriginal.post, glyph);
+        PrintNameLines(modifiedName, originalName, "Name (mod )");
+        if (modified.advance != original.advance) {
+            PrintUInt16Field(2, ModLabel("Advance width"), modified.advance, false);
+            PrintUInt16Field(2, OrigLabel("Advance width"), original.advance, false);
+        }
+        if (modified.sideBearing != original.sideBearing) {
+            PrintInt16Field(2, ModLabel("Left-side bearing"), modified.sideBearing, false);
+            PrintInt16Field(2, OrigLabel("Left-side bearing"), original.sideBearing, false);
+        }
+    }
+    // Glyphs only the original font has are announced as new too, as reports
+    // always have.
+    auto asInt = [](uint32_t count) { return static_cast<int>(count); };
+    if (fModified.glyphCount > fOriginal.glyphCount)
+        PrintLine(VellFormat("\nGlyphs %d through %d are new", asInt(fOriginal.glyphCount),
+                             asInt(fModified.glyphCount) - 1),
+                  true);
+    if (fOriginal.glyphCount > fModified.glyphCount)
+        PrintLine(VellFormat("\nGlyphs %d through %d are new", asInt(fModified.glyphCount),
+                             asInt(fOriginal.glyphCount) - 1),
+                  true);
+    return 0;
+}
+
+void TVMTXTableComparator::PrintGlyphHeading(uint32_t glyph) {
+    PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
+    // Names come from whichever 'post' each font has, with no glyph-count check,
+    // and the modified one is labelled "(new)" in 'vmtx' reports.
+    std::string modifiedName = fModified.post ? PostScriptName(fModified.post, glyph) : std::string();
+    std::string originalName = fOriginal.post ? PostScriptName(fOriginal.post, glyph) : std::string();
+    PrintNameLines(modifiedName, originalName, "Name (new)");
+}
+
+namespace {
+
+// One font's side of a 'vmtx' comparison: its table, its counts and its labels.
+struct VerticalSide {
+    VellView table;
+    const TMetricsFontData& font;
+    std::string advanceLabel, sideBearingLabel;
+    const char* noGlyph;  // ends in "\n" and is printed with a line end too
+
+    int16_t TrailingSideBearing(uint32_t glyph) const {
+        return TrailingSideBearingAt(table, font.longMetrics, glyph);
+    }
+};
+
+void PrintLongMetricPair(TTableDumper& dumper, const VerticalSide& side, uint32_t glyph) {
+    LongMetric metric = LongMetricAt(side.table, glyph);
+    dumper.PrintUInt16Field(2, side.advanceLabel, metric.advance, false);
+    dumper.PrintInt16Field(2, side.sideBearingLabel, metric.sideBearing, false);
+}
+
+// A glyph's trailing side bearing, under the advance-width label, or the
+// no-glyph line once the glyph lies past the font's glyph count.
+void PrintTrailingSide(TTableDumper& dumper, const VerticalSide& side, uint32_t glyph) {
+    if (glyph < side.font.glyphCount)
+        dumper.PrintInt16Field(2, side.advanceLabel, side.TrailingSideBearing(glyph), false);
+    else
+        dumper.PrintLine(side.noGlyph, true);
+}
+
+}  // namespace
+
+int32_t TVMTXTableComparator::DumpTableDeltas() {
+    if (!HasBothTables()) return 1;
+    const VerticalSide modified{GetTableView(), fModified, ModLabel("Advance width"), ModLabel("Left-side bearing"),
+                                "\t\t### No glyph in mod table\n"};
+    const VerticalSide original{GetOriginalTableView(), fOriginal, OrigLabel("Advance width"),
+                                OrigLabel("Left-side bearing"), "\t\t### No glyph in orig table\n"};
+    uint32_t maxGlyphs = std::max(fModified.glyphCount, fOriginal.glyphCount);
+    uint32_t minLong = std::min(fModified.longMetrics, fOriginal.longMetrics);
+    uint32_t maxLong = std::max(fModified.longMetrics, fOriginal.longMetrics);
+
+    // Long metrics both fonts have: a changed glyph shows all four values.
+    for (uint32_t glyph = 0; glyph < minLong; ++glyph) {
+        if (LongMetricAt(modified.table, glyph) == LongMetricAt(original.table, glyph)) continue;
+        PrintGlyphHeading(glyph);
+        PrintLongMetricPair(*this, modified, glyph);
+        PrintLongMetricPair(*this, original, glyph);
+    }
+
+    // Long metrics only one font has: every glyph is listed, the other font's
+    // side as its trailing side bearing or as missing.
+    for (uint32_t glyph = minLong; glyph < maxLong; ++glyph) {
+        PrintGlyphHeading(glyph);
+        for (const VerticalSide* side : {&modified, &original}) {
+            if (glyph < side->font.longMetrics)
+                PrintLongMetricPair(*this, *side, glyph);
+            else
+                PrintTrailingSide(*this, *side, glyph);
+        }
+    }
+
+    // Trailing side bearings. Each font's value for a glyph is the entry at
+    // (glyph - its own long-metric count) of the array after its long metrics, so
+    // the font with more long metrics reads its own trailing array from its start.
+    for (uint32_t glyph = maxLong; glyph < maxGlyphs; ++glyph) {
+        bool inBoth = glyph < fModified.glyphCount && glyph < fOriginal.glyphCount;
+        if (inBoth && modified.TrailingSideBearing(glyph) == original.TrailingSideBearing(glyph)) continue;
+        PrintGlyphHeading(glyph);
+        PrintTrailingSide(*this, modified, glyph);
+        PrintTrailingSide(*this, original, glyph);
+    }
+    return 0;
+}

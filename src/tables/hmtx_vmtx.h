@@ -22,6 +22,9 @@ public:
     int GetHandlerKind() const override { return 13; }
 
 protected:
+    // The glyphs past the long metrics, each with its name line and its side bearing.
+    void DumpTrailingSideBearings();
+
     TMetricsFontData fFont;
 };
 
@@ -42,6 +45,11 @@ public:
     int GetHandlerKind() const override { return 13; }
 
 protected:
+    // "\t\tName:\t" when both names read the same, else one line per font, the
+    // modified one under modifiedLabel.
+    void PrintNameLines(const std::string& modifiedName, const std::string& originalName,
+                        const char* modifiedLabel);
+
     TMetricsFontData fModified;
     TMetricsFontData fOriginal;
 };
@@ -50,4 +58,8 @@ class TVMTXTableComparator : public THMTXTableComparator {
 public:
     using THMTXTableComparator::THMTXTableComparator;
     int32_t DumpTableDeltas() override;
+
+private:
+    // The "Glyph" line and the name lines that head every reported glyph.
+    void PrintGlyphHeading(uint32_t glyph);
 };

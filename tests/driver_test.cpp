@@ -2,6 +2,10 @@
 // when lengths differ by up to three bytes, and the registry's choices.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
 #include "VellCmpFonts.h"
 #include "comparators/TTableComparator.h"
 #include "support/Harness.h"
@@ -144,6 +148,34 @@ TEST(Errors, AReportedRecordIsMarkedAndNotReportedAgain) {
     ReportError(&record);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "##### ERROR: The Vellkit reported a problem.\n\tFont\n");
     EXPECT_EQ(record.code, -8);
+}
+
+}  // namespace
+
+namespace {
+
+// A message table in "<language>.lproj" next to the executable replaces the
+// English text for users of that language.
+TEST(Errors, MessagesAreLocalizedFromTheStringsTableNextToTheExecutable) {
+    std::string directory = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "xx.lproj";
+    std::filesystem::create_directories(directory);
+    {
+        std::ofstream table(directory + "/VellCmpErrors.strings");
+        table << "/* xx */\n\"The Vellkit reported a problem.\" = \"Vellkit: ein Problem.\";\n";
+    }
+    const char* saved = std::getenv("LC_ALL");
+    std::string savedValue = saved ? saved : "";
+    setenv("LC_ALL", "xx_YY.UTF-8", 1);
+    ErrorRecord record;
+    testing::internal::CaptureStderr();
+    record.code = -6;
+    ReportError(&record);
+    record.code = -1;
+    ReportError(&record);
+    std::string err = testing::internal::GetCapturedStderr();
+    if (saved) setenv("LC_ALL", savedValue.c_str(), 1); else unsetenv("LC_ALL");
+    std::filesystem::remove_all(directory);
+    EXPECT_EQ(err, "##### ERROR: Vellkit: ein Problem.\n##### ERROR: An internal error occurred.\n");
 }
 
 }  // namespace

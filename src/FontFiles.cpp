@@ -39,9 +39,9 @@ bool Failed(ErrorRecord* record) {
 
 }  // namespace
 
-int32_t OpenFontFile(const char* path, VellFSSpec* spec, bool strict) {
-    if (path == nullptr || spec == nullptr) return kFileParamError;
-    spec->path.clear();
+int32_t OpenFontFile(const char* path, VellFSSpec* fileRef, bool strict) {
+    if (path == nullptr || fileRef == nullptr) return kFileParamError;
+    fileRef->path.clear();
     bool isDirectory = false;
     int32_t status = PathMakeRef(path, &isDirectory);
     if (gVerbose) std::fprintf(gReportFile, "\tFSPathMakeRef() == %d\n", status);
@@ -59,7 +59,7 @@ int32_t OpenFontFile(const char* path, VellFSSpec* spec, bool strict) {
         std::fprintf(stderr, "##### ERROR:  %s is a directory, not a file\n", path);
         return 0;
     }
-    spec->path = path;
+    fileRef->path = path;
     return 0;
 }
 

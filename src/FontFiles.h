@@ -15,9 +15,9 @@ enum FileStatus : int32_t {
     kFileParamError = -50,
 };
 
-// Fills `spec` for `path`. Returns 0, or a file-system status after printing its
-// error line. A directory prints its line and returns 0 with `spec` unfilled.
-int32_t OpenFontFile(const char* path, VellFSSpec* spec, bool strict);
+// Fills `fileRef` for `path`. Returns 0, or a file-system status after printing its
+// error line. A directory prints its line and returns 0 with `fileRef` unfilled.
+int32_t OpenFontFile(const char* path, VellFSSpec* fileRef, bool strict);
 
 // The index of the first font of the list with a full name or PostScript name
 // equal to `name`, or `count` when none has one (or after a reported error).

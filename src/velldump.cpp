@@ -135,10 +135,10 @@ int DumpFont(VellFontRef font, const std::vector<std::string>& tagTexts) {
 
 int DumpFontFile(const char* path, const std::vector<std::string>& tags) {
     ErrorRecord record;
-    VellFSSpec spec;
-    if (OpenFontFile(path, &spec, true) != 0) return 1;
+    VellFSSpec fileRef;
+    if (OpenFontFile(path, &fileRef, true) != 0) return 1;
     uint32_t count = 0;
-    VellFontListRef list = VellFSSpecToFontList(spec, 1, &count, &record);
+    VellFontListRef list = VellFSSpecToFontList(fileRef, 1, &count, &record);
     if (record.code != 0) {
         MapFrameworkError(&record);
         ReportError(&record);

@@ -16,8 +16,7 @@ Bytes MakeEbsc(uint32_t count, size_t records) {
 
 std::string DumpContents(const Bytes& table) {
     CapturedStream out;
-    TEBSCTableDumper dumper(VelmNewHandle(table), out.file());
-    EXPECT_EQ(dumper.DumpTableContents(), 0);
+    EXPECT_EQ(TEBSCTableDumper(VelmNewHandle(table), out.file()).DumpTableContents(), 0);
     return out.Text();
 }
 
@@ -27,46 +26,34 @@ TEST(Ebsc, AChangedPairPrintsOnlyTheComparisonFrame) {
     modified["EBSC"] = MakeEbsc(2, 2);
     SetU32(modified["EBSC"], 0, 0x00030000);
     SetU8(modified["EBSC"], 8 + 24, 99);
-    EXPECT_EQ(CompareDeltas(modified, original, "EBSC"), "");
     EXPECT_EQ(CompareTable(modified, original, "EBSC"),
               "##### Table 'EBSC' (64 bytes in the modified font)\n"
               "                   (36 bytes in the original font)\n"
               "\n#####\n End table comparison\n\n\n\n#####\n End table\n\n\n");
 }
 
-TEST(Ebsc, DumperPrintsEveryFieldWithItsSignedness) {
-    Bytes table = MakeEbsc(1, 1);
-    SetU8(table, 8 + 0, 0xF0);   // horizontal ascender
-    SetU8(table, 8 + 2, 0xF2);   // horizontal widthMax
-    SetU8(table, 8 + 24, 200);   // ppemX
-    EXPECT_EQ(DumpContents(table),
-              "Table version:\t2.0\nNumber of sizes:\t1\n\tIndex:\t0\n"
-              "\t\tHorizontal Ascent:\t-16\n\t\tHorizontal Descent:\t2\n\t\tHorizontal Maximum width:\t242\n"
-              "\t\tHorizontal Caret slope numerator:\t4\n\t\tHorizontal Caret slope denominator:\t5\n"
-              "\t\tHorizontal Caret offset:\t6\n"
-              "\t\tHorizontal Minimum With-stream Bearing:\t7\n\t\tHorizontal Minimum With-stream Advance:\t8\n"
-              "\t\tHorizontal Maximum Cross-stream Bearing:\t9\n\t\tHorizontal Maximum Cross-stream Advance:\t10\n"
-              "\t\tHorizontal Padding:\t11\n\t\tHorizontal More Padding:\t12\n"
-              "\t\tVertical Ascent:\t13\n\t\tVertical Descent:\t14\n\t\tVertical Maximum width:\t15\n"
-              "\t\tVertical Caret slope numerator:\t16\n\t\tVertical Caret slope denominator:\t17\n"
-              "\t\tVertical Caret offset:\t18\n"
-              "\t\tVertical Minimum With-stream Bearing:\t19\n\t\tVertical Minimum With-stream Advance:\t20\n"
-              "\t\tVertical Maximum Cross-stream Bearing:\t21\n\t\tVertical Maximum Cross-stream Advance:\t22\n"
-              "\t\tVertical Padding:\t23\n\t\tVertical More Padding:\t24\n"
-              "\t\tHorizontal Points Per Em:\t200\n\t\tVertical Points Per Em:\t26\n"
-              "\t\tHorizontal Substituted Points Per Em:\t27\n\t\tVerticalSubstituted Points Per Em:\t28\n");
-}
-
-TEST(Ebsc, DumperPrintsOnlyTheSizesTheTableHolds) {
+TEST(Ebsc, DumperPrintsEveryFieldWithItsSignednessForTheSizesTheTableHolds) {
     EXPECT_EQ(DumpContents(MakeEbsc(0, 0)), "Table version:\t2.0\nNumber of sizes:\t0\n");
     Bytes table = MakeEbsc(0xFFFFFFFF, 2);
-    table.pop_back();  // the second record is cut short
-    std::string dump = DumpContents(table);
-    const std::string head = "Table version:\t2.0\nNumber of sizes:\t-1\n\tIndex:\t0\n";
-    const std::string tail = "\t\tVerticalSubstituted Points Per Em:\t28\n";
-    EXPECT_EQ(dump.substr(0, head.size()), head);
-    EXPECT_EQ(dump.substr(dump.size() - tail.size()), tail);
-    EXPECT_EQ(dump.find("Index:\t1"), std::string::npos);
+    table.pop_back();           // the second record is cut short
+    SetU8(table, 8 + 0, 0xF0);  // horizontal ascender
+    SetU8(table, 8 + 2, 0xF2);  // horizontal widthMax
+    SetU8(table, 8 + 24, 200);  // ppemX
+    EXPECT_EQ(DumpContents(table),
+              "Table version:\t2.0\nNumber of sizes:\t-1\n\tIndex:\t0\n\t\tHorizontal Ascent:\t-16\n"
+              "\t\tHorizontal Descent:\t2\n\t\tHorizontal Maximum width:\t242\n"
+              "\t\tHorizontal Caret slope numerator:\t4\n\t\tHorizontal Caret slope denominator:\t5\n"
+              "\t\tHorizontal Caret offset:\t6\n\t\tHorizontal Minimum With-stream Bearing:\t7\n"
+              "\t\tHorizontal Minimum With-stream Advance:\t8\n\t\tHorizontal Maximum Cross-stream Bearing:\t9\n"
+              "\t\tHorizontal Maximum Cross-stream Advance:\t10\n\t\tHorizontal Padding:\t11\n"
+              "\t\tHorizontal More Padding:\t12\n\t\tVertical Ascent:\t13\n\t\tVertical Descent:\t14\n"
+              "\t\tVertical Maximum width:\t15\n\t\tVertical Caret slope numerator:\t16\n"
+              "\t\tVertical Caret slope denominator:\t17\n\t\tVertical Caret offset:\t18\n"
+              "\t\tVertical Minimum With-stream Bearing:\t19\n\t\tVertical Minimum With-stream Advance:\t20\n"
+              "\t\tVertical Maximum Cross-stream Bearing:\t21\n\t\tVertical Maximum Cross-stream Advance:\t22\n"
+              "\t\tVertical Padding:\t23\n\t\tVertical More Padding:\t24\n\t\tHorizontal Points Per Em:\t200\n"
+              "\t\tVertical Points Per Em:\t26\n\t\tHorizontal Substituted Points Per Em:\t27\n"
+              "\t\tVerticalSubstituted Points Per Em:\t28\n");
 }
 
 }  // namespace

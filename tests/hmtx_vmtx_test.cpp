@@ -11,24 +11,23 @@ namespace {
 // SampleFont's metrics: long metrics (1000, 0), (500, 0), (1200, 20), then a
 // trailing side bearing of 30 for glyph 3 ("B").
 
-TEST(Hmtx, OnlyTheChangedMetricIsPrintedUnderTheGlyphAndItsName) {
+TEST(Hmtx, ChangedGlyphsShowTheirNamesAndOnlyTheMetricsThatDiffer) {
     FontTables original = SampleFont(), modified = SampleFont();
     EXPECT_EQ(CompareDeltas(modified, original, "hmtx"), "");
-    SetU16(modified["hmtx"], 10, 25);
-    EXPECT_EQ(CompareDeltas(modified, original, "hmtx"),
-              "\tGlyph:\t2\n\t\tName:\tA\n"
-              "\t\tLeft-side bearing (mod ):\t25\n\t\tLeft-side bearing (orig):\t20\n");
-}
-
-TEST(Hmtx, GlyphsPastTheLongMetricsInheritTheLastAdvance) {
-    FontTables original = SampleFont(), modified = SampleFont();
+    // Glyph 3, past the long metrics, inherits glyph 2's advance.
     SetU16(modified["hmtx"], 8, 1300);
     modified["post"] = MakePost({".notdef", "space", "Aring", "B"});
     EXPECT_EQ(CompareDeltas(modified, original, "hmtx"),
               "\tGlyph:\t2\n\t\tName (mod ):\tAring\n\t\tName (orig):\tA\n"
               "\t\tAdvance width (mod ):\t1300\n\t\tAdvance width (orig):\t1200\n"
-              "\tGlyph:\t3\n\t\tName:\tB\n"
-              "\t\tAdvance width (mod ):\t1300\n\t\tAdvance width (orig):\t1200\n");
+              "\tGlyph:\t3\n\t\tName:\tB\n\t\tAdvance width (mod ):\t1300\n\t\tAdvance width (orig):\t1200\n");
+
+    original = SampleFont(), modified = SampleFont();
+    original.Remove("post");
+    modified.Remove("post");
+    SetU16(modified["hmtx"], 12, static_cast<uint16_t>(-7));
+    EXPECT_EQ(CompareDeltas(modified, original, "hmtx"),
+              "\tGlyph:\t3\n\t\tName:\t\n\t\tLeft-side bearing (mod ):\t-7\n\t\tLeft-side bearing (orig):\t30\n");
 }
 
 TEST(Hmtx, ExtraGlyphsOnEitherSideAreAnnouncedAsNew) {
@@ -41,105 +40,74 @@ TEST(Hmtx, ExtraGlyphsOnEitherSideAreAnnouncedAsNew) {
     EXPECT_EQ(CompareDeltas(modified, original, "hmtx"), "\nGlyphs 245 through 249 are new\n");
 }
 
-TEST(Hmtx, WithoutPostEveryNameLineIsEmpty) {
-    FontTables original = SampleFont(), modified = SampleFont();
-    original.Remove("post");
-    modified.Remove("post");
-    SetU16(modified["hmtx"], 12, static_cast<uint16_t>(-7));
-    EXPECT_EQ(CompareDeltas(modified, original, "hmtx"),
-              "\tGlyph:\t3\n\t\tName:\t\n"
-              "\t\tLeft-side bearing (mod ):\t-7\n\t\tLeft-side bearing (orig):\t30\n");
-}
-
-TEST(Hmtx, AFailedMetricsLookupThrows) {
-    // No fonts set: the framework cannot answer for glyph 0.
-    Bytes hmtx = MakeHmtx({{1000, 0}});
-    CapturedStream out;
-    THMTXTableComparator comparator(VelmNewHandle(hmtx), VellHandle(), 1, 1, VelmNewHandle(hmtx), VellHandle(), 1,
-                                    1, out.file());
-    EXPECT_THROW(comparator.DumpTableDeltas(), TVellCmpVellException);
-}
-
-constexpr const char* kTrailingGlyph = "\tGlyph:\t3\n\t\tName:\tB\n\t\tAdvance width:\t30\n";
-
 TEST(Hmtx, DumperLeavesTheGlyphLineOpenWithoutNamesSwitch) {
-    std::string frame = "##### Table 'hmtx' (14 bytes in the modified font)\n";
-    EXPECT_EQ(DumpTable(SampleFont(), "hmtx"),
-              frame + "\tGlyph:\t0\t\tAdvance width:\t1000\n\t\tLeft-side bearing:\t0\n" +
-                  "\tGlyph:\t1\t\tAdvance width:\t500\n\t\tLeft-side bearing:\t0\n" +
-                  "\tGlyph:\t2\t\tAdvance width:\t1200\n\t\tLeft-side bearing:\t20\n" + kTrailingGlyph +
-                  "\n#####\n End table\n\n\n");
+    auto dump = [](const char* g0, const char* g1, const char* g2) {
+        return std::string("##### Table 'hmtx' (14 bytes in the modified font)\n") + g0 +
+               "\t\tAdvance width:\t1000\n\t\tLeft-side bearing:\t0\n" + g1 +
+               "\t\tAdvance width:\t500\n\t\tLeft-side bearing:\t0\n" + g2 +
+               "\t\tAdvance width:\t1200\n\t\tLeft-side bearing:\t20\n"
+               "\tGlyph:\t3\n\t\tName:\tB\n\t\tAdvance width:\t30\n\n#####\n End table\n\n\n";
+    };
+    EXPECT_EQ(DumpTable(SampleFont(), "hmtx"), dump("\tGlyph:\t0", "\tGlyph:\t1", "\tGlyph:\t2"));
     SwitchesForTest names(true, false);
     EXPECT_EQ(DumpTable(SampleFont(), "hmtx"),
-              frame + "\tGlyph:\t0 (.notdef)\n\t\tAdvance width:\t1000\n\t\tLeft-side bearing:\t0\n" +
-                  "\tGlyph:\t1 (space)\n\t\tAdvance width:\t500\n\t\tLeft-side bearing:\t0\n" +
-                  "\tGlyph:\t2 (A)\n\t\tAdvance width:\t1200\n\t\tLeft-side bearing:\t20\n" + kTrailingGlyph +
-                  "\n#####\n End table\n\n\n");
+              dump("\tGlyph:\t0 (.notdef)\n", "\tGlyph:\t1 (space)\n", "\tGlyph:\t2 (A)\n"));
 }
 
-TEST(Hmtx, TruncatedOrHostileCountsReadZerosAndStayBounded) {
-    FontTables font = SampleFont();
-    font["hmtx"].resize(6);
-    EXPECT_EQ(DumpTable(font, "hmtx"),
-              "##### Table 'hmtx' (6 bytes in the modified font)\n"
-              "\tGlyph:\t0\t\tAdvance width:\t1000\n\t\tLeft-side bearing:\t0\n"
-              "\tGlyph:\t1\t\tAdvance width:\t500\n\t\tLeft-side bearing:\t0\n"
-              "\tGlyph:\t2\t\tAdvance width:\t0\n\t\tLeft-side bearing:\t0\n"
-              "\tGlyph:\t3\n\t\tName:\tB\n\t\tAdvance width:\t0\n"
-              "\n#####\n End table\n\n\n");
-
+TEST(Hmtx, HostileLongMetricCountReadsZerosAndStaysBounded) {
     // 65535 long metrics claimed over an 8-byte table: one group per glyph, no more.
     CapturedStream out;
     THMTXTableDumper dumper(VelmNewHandle(MakeHmtx({{1000, 0}, {500, 3}})), VellHandle(), 65535, 65535, out.file());
     dumper.DumpTableContents();
     std::string text = out.Text();
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 3 * 65535);
-    EXPECT_TRUE(text.starts_with("\tGlyph:\t0\n\t\tAdvance width:\t1000\n\t\tLeft-side bearing:\t0\n"
-                                 "\tGlyph:\t1\n\t\tAdvance width:\t500\n\t\tLeft-side bearing:\t3\n"
-                                 "\tGlyph:\t2\n\t\tAdvance width:\t0\n\t\tLeft-side bearing:\t0\n"));
     EXPECT_TRUE(text.ends_with("\tGlyph:\t65534\n\t\tAdvance width:\t0\n\t\tLeft-side bearing:\t0\n"));
 }
 
 // ---- 'vmtx' ----
 
-FontTables VerticalFont(uint16_t longMetrics, uint16_t glyphs, const Bytes& vmtx, const std::vector<std::string>& names) {
+// A font whose 'vhea' states `longMetrics` and whose 'maxp' counts the glyphs `names` names.
+FontTables VerticalFont(uint16_t longMetrics, const Bytes& vmtx, const std::vector<std::string>& names) {
     FontTables font = SampleFont();
-    font["maxp"] = MakeMaxp(glyphs);
+    font["maxp"] = MakeMaxp(static_cast<uint16_t>(names.size()));
     font["vhea"] = MakeHhea(longMetrics);
     font["vmtx"] = vmtx;
     font["post"] = MakePost(names);
     return font;
 }
 
-// Three long metrics and four glyphs against two long metrics and six glyphs.
-FontTables FewerGlyphs() {
-    return VerticalFont(3, 4, MakeHmtx({{1000, 0}, {600, 0}, {1200, 20}}, {30}), {".notdef", "space", "A", "B"});
-}
-FontTables MoreGlyphs() {
-    return VerticalFont(2, 6, MakeHmtx({{1000, 0}, {500, 0}}, {20, 30, 40, 50}),
-                        {".notdef", "space", "A", "B", "C", "D"});
+// The comparator over raw tables, without 'post' tables.
+std::string VmtxDeltas(const Bytes& modified, uint16_t modifiedLong, uint32_t modifiedGlyphs, const Bytes& original,
+                       uint16_t originalLong, uint32_t originalGlyphs) {
+    CapturedStream out;
+    TVMTXTableComparator comparator(VelmNewHandle(modified), VellHandle(), modifiedLong, modifiedGlyphs,
+                                    VelmNewHandle(original), VellHandle(), originalLong, originalGlyphs, out.file());
+    comparator.DumpTableDeltas();
+    return out.Text();
 }
 
 TEST(Vmtx, ThreePhasesWithMissingGlyphsEachFollowedByAnEmptyLine) {
-    // Glyph 3 reads 30 on both sides: each font takes its trailing entries from
-    // the start of its own side-bearing array.
-    EXPECT_EQ(CompareDeltas(FewerGlyphs(), MoreGlyphs(), "vmtx"),
-              "\tGlyph:\t1\n\t\tName:\tspace\n"
-              "\t\tAdvance width (mod ):\t600\n\t\tLeft-side bearing (mod ):\t0\n"
+    // Three long metrics and four glyphs against two and six; glyph 1 differs in its side bearing only.
+    FontTables fewer = VerticalFont(3, MakeHmtx({{1000, 0}, {500, 5}, {1200, 20}}, {30}),
+                                    {".notdef", "space", "A", "B"}),
+               more = VerticalFont(2, MakeHmtx({{1000, 0}, {500, 0}}, {20, 30, 40, 50}),
+                                   {".notdef", "space", "A", "B", "C", "D"});
+    // A changed long metric shows all four values. Glyph 3 reads 30 on both sides:
+    // each font takes its trailing entries from the start of its own side-bearing array.
+    EXPECT_EQ(CompareDeltas(fewer, more, "vmtx"),
+              "\tGlyph:\t1\n\t\tName:\tspace\n\t\tAdvance width (mod ):\t500\n\t\tLeft-side bearing (mod ):\t5\n"
               "\t\tAdvance width (orig):\t500\n\t\tLeft-side bearing (orig):\t0\n"
-              "\tGlyph:\t2\n\t\tName:\tA\n"
-              "\t\tAdvance width (mod ):\t1200\n\t\tLeft-side bearing (mod ):\t20\n"
+              "\tGlyph:\t2\n\t\tName:\tA\n\t\tAdvance width (mod ):\t1200\n\t\tLeft-side bearing (mod ):\t20\n"
               "\t\tAdvance width (orig):\t20\n"
               "\tGlyph:\t4\n\t\tName (new):\t\n\t\tName (orig):\tC\n"
               "\t\t### No glyph in mod table\n\n\t\tAdvance width (orig):\t40\n"
               "\tGlyph:\t5\n\t\tName (new):\t\n\t\tName (orig):\tD\n"
               "\t\t### No glyph in mod table\n\n\t\tAdvance width (orig):\t50\n");
-    EXPECT_EQ(CompareDeltas(MoreGlyphs(), FewerGlyphs(), "vmtx"),
-              "\tGlyph:\t1\n\t\tName:\tspace\n"
-              "\t\tAdvance width (mod ):\t500\n\t\tLeft-side bearing (mod ):\t0\n"
-              "\t\tAdvance width (orig):\t600\n\t\tLeft-side bearing (orig):\t0\n"
-              "\tGlyph:\t2\n\t\tName:\tA\n"
-              "\t\tAdvance width (mod ):\t20\n"
+    EXPECT_EQ(CompareDeltas(fewer, fewer, "vmtx"), "");
+    EXPECT_EQ(CompareDeltas(more, fewer, "vmtx"),
+              "\tGlyph:\t1\n\t\tName:\tspace\n\t\tAdvance width (mod ):\t500\n\t\tLeft-side bearing (mod ):\t0\n"
+              "\t\tAdvance width (orig):\t500\n\t\tLeft-side bearing (orig):\t5\n"
+              "\tGlyph:\t2\n\t\tName:\tA\n\t\tAdvance width (mod ):\t20\n"
               "\t\tAdvance width (orig):\t1200\n\t\tLeft-side bearing (orig):\t20\n"
               "\tGlyph:\t4\n\t\tName (new):\tC\n\t\tName (orig):\t\n"
               "\t\tAdvance width (mod ):\t40\n\t\t### No glyph in orig table\n\n"
@@ -147,85 +115,44 @@ TEST(Vmtx, ThreePhasesWithMissingGlyphsEachFollowedByAnEmptyLine) {
               "\t\tAdvance width (mod ):\t50\n\t\t### No glyph in orig table\n\n");
 }
 
-TEST(Vmtx, ASideBearingChangePrintsAllFourMetricLines) {
-    FontTables original = FewerGlyphs(), modified = FewerGlyphs();
-    EXPECT_EQ(CompareDeltas(modified, original, "vmtx"), "");
-    SetU16(modified["vmtx"], 2, 5);
-    SetU16(modified["vmtx"], 12, 31);
-    EXPECT_EQ(CompareDeltas(modified, original, "vmtx"),
-              "\tGlyph:\t0\n\t\tName:\t.notdef\n"
-              "\t\tAdvance width (mod ):\t1000\n\t\tLeft-side bearing (mod ):\t5\n"
-              "\t\tAdvance width (orig):\t1000\n\t\tLeft-side bearing (orig):\t0\n"
-              "\tGlyph:\t3\n\t\tName:\tB\n"
-              "\t\tAdvance width (mod ):\t31\n\t\tAdvance width (orig):\t30\n");
-}
-
-TEST(Vmtx, PhaseTwoGlyphPastTheShorterFontWithoutPostIsMissing) {
+TEST(Vmtx, PhaseTwoGlyphPastTheShorterFontIsMissingAndHostileCountsStayBounded) {
     // Original: one long metric and two glyphs; modified: three long metrics.
-    Bytes modified = MakeHmtx({{1000, 0}, {600, 1}, {700, 2}});
-    Bytes original = MakeHmtx({{1000, 0}}, {9});
-    CapturedStream out;
-    TVMTXTableComparator comparator(VelmNewHandle(modified), VellHandle(), 3, 3, VelmNewHandle(original),
-                                    VellHandle(), 1, 2, out.file());
-    comparator.DumpTableDeltas();
-    EXPECT_EQ(out.Text(),
-              "\tGlyph:\t1\n\t\tName:\t\n"
-              "\t\tAdvance width (mod ):\t600\n\t\tLeft-side bearing (mod ):\t1\n"
+    EXPECT_EQ(VmtxDeltas(MakeHmtx({{1000, 0}, {600, 1}, {700, 2}}), 3, 3, MakeHmtx({{1000, 0}}, {9}), 1, 2),
+              "\tGlyph:\t1\n\t\tName:\t\n\t\tAdvance width (mod ):\t600\n\t\tLeft-side bearing (mod ):\t1\n"
               "\t\tAdvance width (orig):\t9\n"
-              "\tGlyph:\t2\n\t\tName:\t\n"
-              "\t\tAdvance width (mod ):\t700\n\t\tLeft-side bearing (mod ):\t2\n"
+              "\tGlyph:\t2\n\t\tName:\t\n\t\tAdvance width (mod ):\t700\n\t\tLeft-side bearing (mod ):\t2\n"
               "\t\t### No glyph in orig table\n\n");
-}
-
-TEST(Vmtx, TruncatedTablesAndHostileCountsReadZerosAndStayBounded) {
-    FontTables original = FewerGlyphs(), modified = FewerGlyphs();
-    modified["vmtx"].resize(6);  // glyph 1's side bearing reads 0, as it is
-    EXPECT_EQ(CompareDeltas(modified, original, "vmtx"),
-              "\tGlyph:\t2\n\t\tName:\tA\n"
-              "\t\tAdvance width (mod ):\t0\n\t\tLeft-side bearing (mod ):\t0\n"
-              "\t\tAdvance width (orig):\t1200\n\t\tLeft-side bearing (orig):\t20\n"
-              "\tGlyph:\t3\n\t\tName:\tB\n"
-              "\t\tAdvance width (mod ):\t0\n\t\tAdvance width (orig):\t30\n");
-
-    // 65535 glyphs over tables of one long metric: only the glyph whose bytes
-    // exist and differ is reported.
-    Bytes tiny = MakeHmtx({{1000, 0}}, {7});
-    Bytes empty = MakeHmtx({{1000, 0}});
-    CapturedStream out;
-    TVMTXTableComparator comparator(VelmNewHandle(tiny), VellHandle(), 1, 65535, VelmNewHandle(empty), VellHandle(),
-                                    1, 65535, out.file());
-    comparator.DumpTableDeltas();
-    EXPECT_EQ(out.Text(), "\tGlyph:\t1\n\t\tName:\t\n\t\tAdvance width (mod ):\t7\n\t\tAdvance width (orig):\t0\n");
+    // 65535 glyphs over tables of one long metric: past the tables' ends every
+    // entry reads 0, so only the glyph whose bytes exist and differ is reported.
+    EXPECT_EQ(VmtxDeltas(MakeHmtx({{1000, 0}}, {7}), 1, 65535, MakeHmtx({{1000, 0}}), 1, 65535),
+              "\tGlyph:\t1\n\t\tName:\t\n\t\tAdvance width (mod ):\t7\n\t\tAdvance width (orig):\t0\n");
 }
 
 TEST(Vmtx, DumperNamesEveryGlyphWhetherOrNotNamesAreSwitchedOn) {
-    const std::string expected =
-        "\tGlyph:\t0\n\t\tName:\t.notdef\n\t\tAdvance width:\t1000\n\t\tLeft-side bearing:\t0\n"
-        "\tGlyph:\t1\n\t\tName:\tspace\n\t\tAdvance width:\t500\n\t\tLeft-side bearing:\t0\n"
-        "\tGlyph:\t2\n\t\tName:\tA\n\t\tAdvance width:\t1200\n\t\tLeft-side bearing:\t20\n"
-        "\tGlyph:\t3\n\t\tName:\tB\n\t\tAdvance width:\t30\n";
     FontTables sample = SampleFont();
     LoadedFont font(sample);
     auto dump = [&](const VellHandle& post, const Bytes& vmtx) {
         CapturedStream out;
-        TVMTXTableDumper dumper(VelmNewHandle(vmtx), post, 3, 4, out.file());
+        TVMTXTableDumper dumper(VelmNewHandle(vmtx), post, 1, 2, out.file());
         dumper.SetFont(font.font());
         dumper.DumpTableContents();
         return out.Text();
     };
+    Bytes vmtx = MakeHmtx({{1000, 7}}, {-2});
     VellHandle post = VelmNewHandle(sample["post"]);
-    EXPECT_EQ(dump(post, sample["hmtx"]), expected);
+    const std::string expected =
+        "\tGlyph:\t0\n\t\tName:\t.notdef\n\t\tAdvance width:\t1000\n\t\tLeft-side bearing:\t7\n"
+        "\tGlyph:\t1\n\t\tName:\tspace\n\t\tAdvance width:\t-2\n";
+    EXPECT_EQ(dump(post, vmtx), expected);
     {
         SwitchesForTest names(true, false);
-        EXPECT_EQ(dump(post, sample["hmtx"]), expected);
+        EXPECT_EQ(dump(post, vmtx), expected);
     }
-    Bytes truncated = sample["hmtx"];
-    truncated.resize(9);
-    EXPECT_EQ(dump(VellHandle(), truncated),
-              "\tGlyph:\t0\n\t\tAdvance width:\t1000\n\t\tLeft-side bearing:\t0\n"
-              "\tGlyph:\t1\n\t\tAdvance width:\t500\n\t\tLeft-side bearing:\t0\n"
-              "\tGlyph:\t2\n\t\tAdvance width:\t1024\n\t\tLeft-side bearing:\t0\n"
-              "\tGlyph:\t3\n\t\tAdvance width:\t0\n");
+    // Cut inside the trailing side bearing: its one remaining byte is the high byte.
+    vmtx.resize(5);
+    EXPECT_EQ(dump(VellHandle(), vmtx),
+              "\tGlyph:\t0\n\t\tAdvance width:\t1000\n\t\tLeft-side bearing:\t7\n"
+              "\tGlyph:\t1\n\t\tAdvance width:\t-256\n");
 }
 
 }  // namespace

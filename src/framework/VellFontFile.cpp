@@ -156,15 +156,15 @@ VellFontListRef VellMakeFontListFromBytes(std::shared_ptr<const VellMappedFile> 
     return list;
 }
 
-VellFontListRef VellFSSpecToFontList(const VellFSSpec& spec, int32_t, uint32_t* count,
+VellFontListRef VellFSSpecToFontList(const VellFSSpec& fileRef, int32_t, uint32_t* count,
                                      ErrorRecord* record) {
     *count = 0;
-    if (spec.path.empty()) {
+    if (fileRef.path.empty()) {
         record->code = kVellNoFileErr;
         return nullptr;
     }
     int32_t status = kVellNoErr;
-    auto file = VellMappedFile::Open(spec.path, &status);
+    auto file = VellMappedFile::Open(fileRef.path, &status);
     if (!file) {
         record->code = status;
         return nullptr;

@@ -57,7 +57,7 @@ using VellFontListRef = std::unique_ptr<VellFontList>;
 // Opens the file and lists its fonts. On failure returns null with the record's
 // code set: kVellIOErr when the file could not be read, kVellNotAFontErr when it
 // holds no font, kVellNoFileErr for an unfilled reference.
-VellFontListRef VellFSSpecToFontList(const VellFSSpec& spec, int32_t flags, uint32_t* count,
+VellFontListRef VellFSSpecToFontList(const VellFSSpec& fileRef, int32_t flags, uint32_t* count,
                                      ErrorRecord* record);
 void VellDisposeAndCloseFontList(uint32_t count, VellFontListRef& list, ErrorRecord* record);
 void VellDisposeFontList(VellFontListRef& list, uint32_t count, ErrorRecord* record);

@@ -174,14 +174,6 @@ TEST_F(Cli, FontsArePairedByFullNameAcrossCollections) {
     EXPECT_EQ(run.status, 0);
 }
 
-TEST_F(Cli, ResourceForkFontFilesAreRead) {
-    std::string modified = dir.Write("m.dfont", BuildResourceFork({SampleFont("One"), SampleFont("Two")}));
-    RunResult run = RunVellcmp({b, modified});
-    EXPECT_EQ(run.err, "##### WARNING! Could not find match for font One!\n"
-                       "##### WARNING! Could not find match for font Two!\n");
-    EXPECT_EQ(run.status, 0);
-}
-
 TEST_F(Cli, AFontNamedWithFPrintsNoHeaderAndMatchesExactly) {
     std::string modified = dir.Write("m.ttc", BuildCollection({SampleFont("One"), SampleFont("Two")}));
     RunResult run = RunVellcmp({"-f", "Sample Regular", a, b});

@@ -75,18 +75,6 @@ TEST(FontFiles, TablesKeepTheirStoredOrderAndZeroLengthTablesAreEmptyBlocks) {
     EXPECT_NE(record.code, 0);
 }
 
-TEST(FontFiles, TablePointersAreCutToTheWantedBytes) {
-    LoadedFont font(SampleFont());
-    ErrorRecord record;
-    uint32_t size = 36;
-    VellHandle hhea = VellGetFontTablePtr(font.font(), VellMakeTag("hhea"), &size, &record);
-    EXPECT_EQ(size, 36u);
-    EXPECT_EQ(VelmView(hhea).u16(34), 3);
-    size = 36;
-    EXPECT_FALSE(VellGetFontTablePtr(font.font(), VellMakeTag("vhea"), &size, &record));
-    EXPECT_EQ(record.code, 0);
-}
-
 // A 'name' table with the same name ID on several platforms, in table order.
 Bytes NamesOnEveryPlatform() {
     return MakeNameRecords({
@@ -176,30 +164,6 @@ TEST(GlyphNames, TheStandardOrderHas258DistinctNames) {
     EXPECT_STREQ(kVellStandardGlyphNames[3], "space");
     EXPECT_STREQ(kVellStandardGlyphNames[68], "a");
     EXPECT_STREQ(kVellStandardGlyphNames[257], "dcroat");
-}
-
-TEST(GlyphNames, FromTheFontCheckTheGlyphCount) {
-    LoadedFont font(SampleFont());
-    std::string name;
-    EXPECT_EQ(VellGetGlyphName(font.font(), 3, &name), 0);
-    EXPECT_EQ(name, "B");
-    EXPECT_NE(VellGetGlyphName(font.font(), 4, &name), 0);
-}
-
-TEST(Metrics, TrailingGlyphsTakeTheLastAdvanceAndTheirOwnSideBearing) {
-    LoadedFont font(SampleFont());  // three long metrics, one trailing side bearing, four glyphs
-    ErrorRecord record;
-    uint16_t advance;
-    int16_t sideBearing;
-    VellGetHMTXMetrics(font.font(), 2, &advance, &sideBearing, &record);
-    EXPECT_EQ(advance, 1200);
-    EXPECT_EQ(sideBearing, 20);
-    VellGetHMTXMetrics(font.font(), 3, &advance, &sideBearing, &record);
-    EXPECT_EQ(advance, 1200);
-    EXPECT_EQ(sideBearing, 30);
-    EXPECT_EQ(record.code, 0);
-    VellGetHMTXMetrics(font.font(), 4, &advance, &sideBearing, &record);
-    EXPECT_NE(record.code, 0);
 }
 
 TEST(Platform, DatesStringsAndUnicodeNames) {

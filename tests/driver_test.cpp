@@ -12,17 +12,11 @@
 
 namespace {
 
-// The report of DiffFonts for one pair, the modified font first.
 std::string Diff(const FontTables& modified, const FontTables& original) {
-    LoadedFont modifiedFont(modified), originalFont(original);
-    CapturedStream out;
-    FILE* saved = gReportFile;
-    gReportFile = out.file();
-    ErrorRecord record;
-    DiffFonts(modifiedFont.font(), originalFont.font(), &record);
-    gReportFile = saved;
-    EXPECT_EQ(record.code, 0);
-    return out.Text();
+    int32_t code = 0;
+    std::string report = DiffReport(modified, original, &code);
+    EXPECT_EQ(code, 0);
+    return report;
 }
 
 // Only the "Tables changed" section's tag lines.

@@ -55,22 +55,19 @@ constexpr uint32_t FieldWidth(FieldKind kind) {
     }
 }
 
-// Another name for the field at an offset.
-struct FieldLabel {
-    uint32_t offset;
-    const char* label;
-};
-
-// The first Count rows of a layout, with the labels of some fields replaced: for
-// a layout that two listings (or two versions of a table) name differently.
-template <size_t Count, size_t N>
-constexpr std::array<FieldRow, Count> RelabelledRows(const FieldRow (&rows)[N], std::initializer_list<FieldLabel> labels) {
-    static_assert(Count <= N);
-    std::array<FieldRow, Count> relabelled{};
+// The first Count rows of a layout, with some fields printed otherwise: each
+// revision gives, for the field at its offset, another print kind and label. For
+// a layout that two listings (or two versions of a table) print differently.
+template <size_t Count, typename Rows>
+constexpr std::array<FieldRow, Count> RevisedRows(const Rows& rows, std::initializer_list<FieldRow> revisions) {
+    std::array<FieldRow, Count> revised{};
     for (size_t i = 0; i < Count; ++i) {
-        relabelled[i] = rows[i];
-        for (const FieldLabel& other : labels)
-            if (other.offset == rows[i].offset) relabelled[i].label = other.label;
+        revised[i] = rows[i];
+        for (const FieldRow& revision : revisions)
+            if (revision.offset == rows[i].offset) {
+                revised[i].kind = revision.kind;
+                revised[i].label = revision.label;
+            }
     }
-    return relabelled;
+    return revised;
 }

@@ -55,56 +55,28 @@ constexpr FieldRow kCompareRows[] = {
 constexpr size_t kVersion1CompareRowCount = 32;
 static_assert(kCompareRows[kVersion1CompareRowCount].offset == kVersion1Size);
 
-// The version 2 layout as the one-table dump names it; version 1 is its first
-// rows, up to ulCodePageRange2.
-constexpr FieldRow kDumpRows[] = {
-    {0, FieldKind::UInt16, "Version"},
-    {2, FieldKind::Int16, "xAvgCharWidth"},
-    {4, FieldKind::UInt16, "usWeightClass"},
-    {6, FieldKind::UInt16, "usWidthClass"},
-    {8, FieldKind::Int16, "fsType"},
-    {10, FieldKind::Int16, "ySubscriptXSize"},
-    {12, FieldKind::Int16, "ySubscriptYSize"},
-    {14, FieldKind::Int16, "ySubscriptXOffset"},
-    {16, FieldKind::Int16, "ySubscriptYOffset"},
-    {18, FieldKind::Int16, "ySuperscriptXSize"},
-    {20, FieldKind::Int16, "ySuperscriptYSize"},
-    {22, FieldKind::Int16, "ySuperscriptXOffset"},
-    {24, FieldKind::Int16, "ySuperscriptYOffset"},
-    {26, FieldKind::Int16, "yStrikeoutSize"},
-    {28, FieldKind::Int16, "yStrikeoutPosition"},
-    {30, FieldKind::Int16, "sFamilyClass"},
-    {32, FieldKind::UInt8, "PANOSE bFamilyType"},
-    {42, FieldKind::Int32Hex, "ulUnicodeRange1"},
-    {46, FieldKind::Int32Hex, "ulUnicodeRange2"},
-    {50, FieldKind::Int32Hex, "ulUnicodeRange3"},
-    {54, FieldKind::Int32Hex, "ulUnicodeRange4"},
-    {58, FieldKind::Tag, "achVendID"},
-    {62, FieldKind::UInt16, "fsSelection"},
-    {64, FieldKind::UInt16Hex, "usFirstCharIndex"},
-    {66, FieldKind::UInt16Hex, "usLastCharIndex"},
-    {68, FieldKind::Int16, "sTypoAscender"},
-    {70, FieldKind::Int16, "sTypoDescender"},
-    {72, FieldKind::Int16, "sTypoLineGap"},
-    {74, FieldKind::UInt16, "usWinAscent"},
-    {76, FieldKind::UInt16, "usWinDescent"},
-    {78, FieldKind::Int32Hex, "ulCodePageRange1"},
-    {82, FieldKind::Int32Hex, "ulCodePageRange2"},
-    // Version 2 only.
-    {86, FieldKind::Int16, "sxHeight"},
-    {88, FieldKind::Int16, "sCapHeight"},
-    {90, FieldKind::UInt16, "usDefaultChar"},
-    {92, FieldKind::UInt16, "usBreakChar"},
-    {94, FieldKind::UInt16, "usMaxContext"},
-};
+// The version 2 layout as the one-table dump prints it: capitalised names, and
+// the ranges and first/last character indexes in hexadecimal.
+constexpr auto kDumpRows = RevisedRows<std::size(kCompareRows)>(
+    kCompareRows, {{0, FieldKind::UInt16, "Version"},
+                   {32, FieldKind::UInt8, "PANOSE bFamilyType"},
+                   {42, FieldKind::Int32Hex, "ulUnicodeRange1"},
+                   {46, FieldKind::Int32Hex, "ulUnicodeRange2"},
+                   {50, FieldKind::Int32Hex, "ulUnicodeRange3"},
+                   {54, FieldKind::Int32Hex, "ulUnicodeRange4"},
+                   {64, FieldKind::UInt16Hex, "usFirstCharIndex"},
+                   {66, FieldKind::UInt16Hex, "usLastCharIndex"},
+                   {78, FieldKind::Int32Hex, "ulCodePageRange1"},
+                   {82, FieldKind::Int32Hex, "ulCodePageRange2"}});
 constexpr size_t kVersion1DumpRowCount = 32;
 static_assert(kDumpRows[kVersion1DumpRowCount].offset == kVersion1Size);
 
 // Version 0 tables predate Unicode ranges: the same four words were character
 // ranges, and the dump keeps their old names. Otherwise it is the dump's layout
 // up to usWinDescent.
-constexpr auto kVersion0DumpRows = RelabelledRows<30>(
-    kDumpRows, {{42, "ulCharRange1"}, {46, "ulCharRange2"}, {50, "ulCharRange3"}, {54, "ulCharRange4"}});
+constexpr auto kVersion0DumpRows = RevisedRows<30>(
+    kDumpRows, {{42, FieldKind::Int32Hex, "ulCharRange1"}, {46, FieldKind::Int32Hex, "ulCharRange2"},
+                {50, FieldKind::Int32Hex, "ulCharRange3"}, {54, FieldKind::Int32Hex, "ulCharRange4"}});
 static_assert(kVersion0DumpRows.back().offset == 76);
 
 // The older layout: the first 68 bytes under the names of the first 'OS/2'

@@ -27,8 +27,9 @@ constexpr FieldRow kMetricsHeaderRows[] = {
 };
 
 // The dumper prints the four reserved words under one unnumbered label.
-constexpr auto kMetricsHeaderDumpRows = RelabelledRows<std::size(kMetricsHeaderRows)>(
-    kMetricsHeaderRows, {{24, "Reserved"}, {26, "Reserved"}, {28, "Reserved"}, {30, "Reserved"}});
+constexpr auto kMetricsHeaderDumpRows = RevisedRows<std::size(kMetricsHeaderRows)>(
+    kMetricsHeaderRows, {{24, FieldKind::Int16, "Reserved"}, {26, FieldKind::Int16, "Reserved"},
+                         {28, FieldKind::Int16, "Reserved"}, {30, FieldKind::Int16, "Reserved"}});
 
 }  // namespace
 

@@ -1,5 +1,7 @@
 #include "support/Harness.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <stdexcept>
 
@@ -52,6 +54,20 @@ std::string CompareDeltas(const FontTables& modified, const FontTables& original
 
 std::string CompareTable(const FontTables& modified, const FontTables& original, const char* tag) {
     return RunComparator(modified, original, tag, true);
+}
+
+std::string DiffReport(const FontTables& modified, const FontTables& original, int32_t* code) {
+    LoadedFont modifiedFont(modified), originalFont(original);
+    CapturedStream out;
+    FILE* saved = gReportFile;
+    gReportFile = out.file();
+    ErrorRecord record;
+    testing::internal::CaptureStderr();
+    DiffFonts(modifiedFont.font(), originalFont.font(), &record);
+    testing::internal::GetCapturedStderr();
+    gReportFile = saved;
+    if (code != nullptr) *code = record.code;
+    return out.Text();
 }
 
 std::string DumpTable(const FontTables& font, const char* tag) {

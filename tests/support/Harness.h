@@ -39,6 +39,9 @@ private:
 std::string CompareDeltas(const FontTables& modified, const FontTables& original, const char* tag);
 // The whole comparison frame (DumpTable) of the registry's comparator for `tag`.
 std::string CompareTable(const FontTables& modified, const FontTables& original, const char* tag);
+// The report DiffFonts prints for one pair, the modified font first (standard
+// error is captured and dropped); *code receives the record's code when given.
+std::string DiffReport(const FontTables& modified, const FontTables& original, int32_t* code = nullptr);
 // What DumpTable prints for the factory's dumper of `tag` (velldump's, with `velldump`).
 std::string DumpTable(const FontTables& font, const char* tag);
 

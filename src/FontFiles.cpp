@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "VellCmpFonts.h"
+#include "VellCmpErrors.h"
 #include "framework/VellNames.h"
 
 namespace {

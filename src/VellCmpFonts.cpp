@@ -1,10 +1,6 @@
 #include "VellCmpFonts.h"
 
-#include <array>
-#include <cstring>
-
 #include "comparators/TTableComparator.h"
-#include "framework/VellPlatform.h"
 #include "framework/VellTables.h"
 #include "tables/EBSC.h"
 #include "tables/OS2.h"
@@ -16,65 +12,14 @@
 #include "tables/maxp.h"
 #include "tables/post.h"
 
-uint8_t gShowPostScriptNames = 0;
-uint8_t gShowUnicodeNames = 0;
-uint8_t gVerbose = 0;
-FILE* gReportFile = stdout;
-std::string gFontName;
-
-// ---- Errors ----
+// ---- The font diff driver ----
 
 namespace {
-
-// The message of code c is entry -c - 1.
-constexpr std::array<const char*, 9> kErrorMessages = {
-    "An internal error occurred.",
-    "Unable to allocate some needed memory.",
-    "An XLT font table input/output routine failed in some way.",
-    "Some file input/output operation failed.",
-    "A required resource is missing.",
-    "The Vellkit reported a problem.",
-    "(no message)",
-    "The requested named font was not found within one of the font files.",
-    "END OF LIST",
-};
 
 // Source lines the driver records before its calls, and for a caught exception.
 constexpr int32_t kDiffFontsLine = 74;
 constexpr int32_t kDiffFontsNextLine = 75;
 constexpr int32_t kComparatorExceptionLine = 194;
-
-}  // namespace
-
-const char* VellCmpErrorMessage(int32_t code) {
-    if (code > -1 || code < -8) return nullptr;
-    return kErrorMessages[static_cast<size_t>(-code - 1)];
-}
-
-void MapFrameworkError(ErrorRecord* record) {
-    switch (record->code) {
-        case kVellInternalErr: record->code = kVellCmpInternalError; break;
-        case kVellMemoryErr: record->code = kVellCmpMemoryError; break;
-        case kVellIOErr: record->code = kVellCmpFileError; break;
-        case kVellResourceErr: record->code = kVellCmpResourceError; break;
-        default: record->code = kVellCmpFrameworkError; break;
-    }
-}
-
-void ReportError(ErrorRecord* record) {
-    // -7 marks a record already reported; -8 (a -f name not found) is left silent.
-    if (record->code < kVellCmpFrameworkError || record->code > kVellCmpInternalError) return;
-    std::string message = VellCopyLocalizedString(VellCmpErrorMessage(record->code), "VellCmpErrors");
-    std::fprintf(stderr, "##### ERROR: %s\n", message.c_str());
-    if (!record->name.empty()) std::fprintf(stderr, "\t%s\n", record->name.c_str());
-    if (!record->sourceFile.empty())
-        std::fprintf(stderr, "\tSource file %s, line %d\n", record->sourceFile.c_str(), record->sourceLine);
-    record->code = kVellCmpAlreadyReported;
-}
-
-// ---- The font diff driver ----
-
-namespace {
 
 // Maps, reports and says whether a framework call failed.
 bool Failed(ErrorRecord* record) {

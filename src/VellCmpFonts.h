@@ -1,79 +1,11 @@
-// The diff engine: the tool's error codes and exceptions, the process-wide
-// switches, the font diff driver and the registry of table comparators.
+// The diff engine: the font diff driver and the registry of table comparators.
 #pragma once
 
-#include <cstdint>
 #include <cstdio>
 #include <memory>
-#include <string>
 
+#include "VellCmpErrors.h"
 #include "framework/VellFontFile.h"
-#include "framework/VellTypes.h"
-
-// ---- Process-wide switches, set by the command line ----
-extern uint8_t gShowPostScriptNames;  // -p
-extern uint8_t gShowUnicodeNames;     // -u
-extern uint8_t gVerbose;              // -v
-extern FILE* gReportFile;             // -o, or standard output
-extern std::string gFontName;         // -f
-
-// ---- Error codes and their report ----
-enum VellCmpError : int32_t {
-    kVellCmpInternalError = -1,
-    kVellCmpMemoryError = -2,
-    kVellCmpXLTError = -3,
-    kVellCmpFileError = -4,
-    kVellCmpResourceError = -5,
-    kVellCmpFrameworkError = -6,
-    kVellCmpAlreadyReported = -7,
-    kVellCmpFontNotFound = -8,
-};
-
-// Replaces a (nonzero) framework code by the tool's code; never yields 0.
-void MapFrameworkError(ErrorRecord* record);
-
-// Prints a record's message, name and source place to standard error, then marks
-// it reported (-7). Codes outside -6..-1 print nothing.
-void ReportError(ErrorRecord* record);
-
-// The English message of a tool code, or null outside the table.
-const char* VellCmpErrorMessage(int32_t code);
-
-// Source places recorded in error records, as a report names them.
-inline constexpr const char* kMainSource = "vellcmp/Source/main";
-inline constexpr const char* kVellCmpFontsSource = "vellcmp/Source/VellCmpFonts";
-
-// ---- Exceptions thrown by the registry and the table handlers ----
-class TVellCmpException {
-public:
-    virtual ~TVellCmpException() = default;
-};
-
-class TVellCmpNULLException : public TVellCmpException {};
-
-class TVellCmpOSException : public TVellCmpException {
-public:
-    explicit TVellCmpOSException(int32_t status) : fStatus(status) {}
-    int32_t GetStatus() const { return fStatus; }
-
-private:
-    int32_t fStatus;
-};
-
-class TVellCmpVellException : public TVellCmpException {
-public:
-    explicit TVellCmpVellException(int32_t code) : fCode(code) {}
-    explicit TVellCmpVellException(const ErrorRecord& record) : fCode(record.code) {}
-    int32_t GetCode() const { return fCode; }
-
-private:
-    int32_t fCode;
-};
-
-// Throws TVellCmpVellException when a framework call left a code in the record.
-inline void ThrowIfVellError(const ErrorRecord& record) {
-    if (record.code != 0) throw TVellCmpVellException(record);
-}
 
 // ---- The font diff driver and the registry ----
 class TTableComparator;

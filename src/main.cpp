@@ -6,13 +6,12 @@
 #include <cstring>
 #include <string>
 
+#include "CommandLine.h"
 #include "FontFiles.h"
 #include "VellCmpFonts.h"
 #include "framework/VellNames.h"
 
 namespace {
-
-constexpr const char* kToolVersion = "1.1d1e11";
 
 // Where DiffFontFiles records its framework calls.
 constexpr int32_t kModifiedListLine = 212;
@@ -22,15 +21,6 @@ constexpr int32_t kCloseOriginalLine = 287;
 constexpr int32_t kCloseModifiedLine = 293;
 
 constexpr const char* kHeaderRule = "================================================================";
-
-std::string BaseName(const char* path) {
-    const char* slash = std::strrchr(path, '/');
-    return slash ? slash + 1 : path;
-}
-
-void PrintVersion(const std::string& name) {
-    std::printf("%s, version %s, %s\n", name.c_str(), kToolVersion, VellVersion());
-}
 
 void PrintUsage(const std::string& name) {
     PrintVersion(name);
@@ -167,37 +157,11 @@ int DiffFontFiles(const char* modifiedPath, const char* originalPath) {
 
 int main(int argc, char* argv[]) {
     gFontName.clear();
-    int error = 0;
-    bool help = false, version = false;
-    // '+': stop at the first operand, as POSIX getopt does.
-    int option;
-    while (!error && (option = getopt(argc, argv, "+f:ho:puvV")) != -1) {
-        switch (option) {
-            case 'f': gFontName = optarg; break;
-            case 'h': help = true; break;
-            case 'o': {
-                FILE* report = std::fopen(optarg, "w");
-                if (report == nullptr) {
-                    std::fprintf(stderr, "#### ERROR:  Cannot open output file \"%s\"\n", optarg);
-                    error = 1;
-                } else {
-                    gReportFile = report;
-                }
-                break;
-            }
-            case 'p': gShowPostScriptNames = 1; break;
-            case 'u': gShowUnicodeNames = 1; break;
-            case 'v': gVerbose = 1; break;
-            case 'V': version = true; break;
-            default:
-                std::fprintf(stderr, "#### ERROR:  Unknown option: %c\n", option);
-                error = 1;
-                break;
-        }
-    }
+    CommandLineOptions options = ParseOptions(argc, argv, "f:ho:puvV");
+    int error = options.error;
     std::string name = BaseName(argv[0]);
-    if (help || optind == argc) PrintUsage(name);
-    if (version) PrintVersion(name);
+    if (options.help || optind == argc) PrintUsage(name);
+    if (options.version) PrintVersion(name);
     if (optind == argc) return error;
     if (optind == argc - 2) {
         // The modified file goes first.

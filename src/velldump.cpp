@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "CommandLine.h"
 #include "FontFiles.h"
-#include "VellCmpFonts.h"
+#include "VellCmpErrors.h"
 #include "dumpers/MakeTableDumper.h"
 #include "framework/VellNames.h"
 #include "framework/VellTables.h"
@@ -18,17 +19,6 @@
 #include "tables/hsty.h"
 
 namespace {
-
-constexpr const char* kToolVersion = "1.1d1e11";
-
-std::string BaseName(const char* path) {
-    const char* slash = std::strrchr(path, '/');
-    return slash ? slash + 1 : path;
-}
-
-void PrintVersion(const std::string& name) {
-    std::printf("%s, version %s, %s\n", name.c_str(), kToolVersion, VellVersion());
-}
 
 void PrintUsage(const std::string& name) {
     PrintVersion(name);
@@ -55,13 +45,8 @@ VellTag ParseTag(const std::string& text) {
 // The dumpers that the factory does not make are built here, from the arguments
 // their tables need; every other tag goes to the factory.
 std::unique_ptr<TTableDumper> MakeDumper(VellFontRef font, VellTag tag, FILE* out, ErrorRecord* record) {
-    // The factory reads the table, 'post' and 'hhea', and has no report of its own
-    // for a framework call that fails: a table the framework cannot read is
-    // reported here instead.
-    for (VellTag needed : {tag, VellMakeTag("post"), VellMakeTag("hhea")}) {
-        VellFontTableView(font, needed, record);
-        if (record->code != 0) return nullptr;
-    }
+    // A table the framework cannot read is reported here, not by the factory.
+    if (!CanMakeTableDumper(font, tag, record)) return nullptr;
     VellHandle table = VellGetFontTableHandle(font, tag, nullptr, record);
     if (record->code != 0) return nullptr;
     if (!table) return MakeTableDumper(font, tag, out);
@@ -164,35 +149,11 @@ int DumpFontFile(const char* path, const std::vector<std::string>& tags) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    int error = 0;
-    bool help = false, version = false;
-    int option;
-    while (!error && (option = getopt(argc, argv, "+f:ho:puV")) != -1) {
-        switch (option) {
-            case 'f': gFontName = optarg; break;
-            case 'h': help = true; break;
-            case 'o': {
-                FILE* report = std::fopen(optarg, "w");
-                if (report == nullptr) {
-                    std::fprintf(stderr, "#### ERROR:  Cannot open output file \"%s\"\n", optarg);
-                    error = 1;
-                } else {
-                    gReportFile = report;
-                }
-                break;
-            }
-            case 'p': gShowPostScriptNames = 1; break;
-            case 'u': gShowUnicodeNames = 1; break;
-            case 'V': version = true; break;
-            default:
-                std::fprintf(stderr, "#### ERROR:  Unknown option: %c\n", option);
-                error = 1;
-                break;
-        }
-    }
+    CommandLineOptions options = ParseOptions(argc, argv, "f:ho:puV");
+    int error = options.error;
     std::string name = BaseName(argv[0]);
-    if (help || optind == argc) PrintUsage(name);
-    if (version) PrintVersion(name);
+    if (options.help || optind == argc) PrintUsage(name);
+    if (options.version) PrintVersion(name);
     if (optind == argc) return error;
     std::vector<std::string> tags(argv + optind + 1, argv + argc);
     if (DumpFontFile(argv[optind], tags) == 0) return error;

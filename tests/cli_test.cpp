@@ -164,6 +164,36 @@ TEST_F(Cli, ATableOutsideTheFileFailsWhenItIsRead) {
     EXPECT_EQ(run.status, 1);
 }
 
+TEST_F(Cli, AFontCutShortFailsOnEitherSideAndWhenDumped) {
+    // Cut inside 'name', the last table: the directory survives, but the entry for
+    // 'name' now runs past the end of the file, so the lookups that pair fonts fail.
+    Bytes sfnt = BuildSfnt(SampleFont());
+    std::string cut = dir.Write("cut.ttf", Bytes(sfnt.begin(), sfnt.end() - 60));
+    auto framework = [](const std::string& line) {
+        return "##### ERROR: The Vellkit reported a problem.\n\tSource file vellcmp/Source/main, line " + line + "\n";
+    };
+    RunResult run = RunVellcmp({a, cut});
+    EXPECT_EQ(run.err, framework("241") + "##### ERROR:  Aborting after failure to diff " + cut + " and " + a + ".\n");
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.status, 1);
+    run = RunVellcmp({cut, a});
+    EXPECT_EQ(run.err, framework("359") + "##### ERROR:  Aborting after failure to diff " + a + " and " + cut + ".\n");
+    EXPECT_EQ(run.status, 1);
+    run = RunVelldump({cut, "name"});
+    EXPECT_EQ(run.err, "##### ERROR: The Vellkit reported a problem.\n"
+                       "##### ERROR:  Aborting after failure to dump " + cut + ".\n");
+    EXPECT_EQ(run.status, 1);
+
+    // Cut inside a directory, or inside a collection's header: no font at all.
+    Bytes collection = BuildCollection({SampleFont("One"), SampleFont("Two")});
+    for (const Bytes& bytes : {Bytes(sfnt.begin(), sfnt.begin() + 40), Bytes(collection.begin(), collection.begin() + 14)}) {
+        std::string bad = dir.Write("bad.ttf", bytes);
+        run = RunVellcmp({bad, b});
+        EXPECT_EQ(run.err, framework("220") + "##### ERROR:  Aborting after failure to diff " + b + " and " + bad + ".\n");
+        EXPECT_EQ(run.status, 1);
+    }
+}
+
 TEST_F(Cli, FontsArePairedByFullNameAcrossCollections) {
     std::string modified = dir.Write("m.ttc", BuildCollection({SampleFont("One"), SampleFont("Two"), SampleFont("Three")}));
     std::string original = dir.Write("o.ttc", BuildCollection({SampleFont("Four"), SampleFont("Two")}));

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "VellCmpFonts.h"
+#include "VellCmpErrors.h"
 #include "support/Harness.h"
 #include "tables/hmtx_vmtx.h"
 

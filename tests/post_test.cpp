@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "VellCmpFonts.h"
+#include "VellCmpErrors.h"
 #include "support/Harness.h"
 #include "tables/post.h"
 

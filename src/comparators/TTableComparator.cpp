@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "VellCmpFonts.h"
+#include "VellCmpErrors.h"
 
 namespace {
 

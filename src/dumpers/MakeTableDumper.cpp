@@ -2,7 +2,7 @@
 
 #include <exception>
 
-#include "VellCmpFonts.h"
+#include "VellCmpErrors.h"
 #include "framework/VellTables.h"
 #include "tables/hdmx.h"
 #include "tables/hhea_vhea.h"
@@ -54,4 +54,12 @@ std::unique_ptr<TTableDumper> MakeTableDumper(VellFontRef font, VellTag tag, FIL
     dumper->SetTableTag(tag);
     dumper->SetFont(font);
     return dumper;
+}
+
+bool CanMakeTableDumper(VellFontRef font, VellTag tag, ErrorRecord* record) {
+    for (VellTag read : {tag, VellMakeTag("maxp"), VellMakeTag("post"), VellMakeTag("hhea")}) {
+        VellFontTableView(font, read, record);
+        if (record->code != 0) return false;
+    }
+    return true;
 }

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <exception>
 
-#include "VellCmpFonts.h"
+#include "VellCmpErrors.h"
 #include "framework/VellGlyphs.h"
 #include "framework/VellNames.h"
 #include "framework/VellPlatform.h"

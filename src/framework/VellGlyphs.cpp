@@ -81,8 +81,11 @@ int32_t VellGetGlyphName(VellFontRef font, uint32_t glyph, std::string* name) {
     name->clear();
     ErrorRecord record;
     if (font == nullptr) return kVellParamErr;
-    if (glyph >= VellCountFontGlyphs(font, &record)) return kVellParamErr;
-    VellView post = VellFontTableView(font, VellMakeTag("post"));
+    uint32_t glyphCount = VellCountFontGlyphs(font, &record);
+    if (record.code != 0) return record.code;
+    if (glyph >= glyphCount) return kVellParamErr;
+    VellView post = VellFontTableView(font, VellMakeTag("post"), &record);
+    if (record.code != 0) return record.code;
     *name = NameFromIndex(post, IndexFor(font->derived, post), glyph);
     return kVellNoErr;
 }
@@ -95,9 +98,11 @@ void VellGetHMTXMetrics(VellFontRef font, uint32_t glyph, uint16_t* advance, int
         record->code = kVellParamErr;
         return;
     }
-    VellView hhea = VellFontTableView(font, VellMakeTag("hhea"));
-    VellView hmtx = VellFontTableView(font, VellMakeTag("hmtx"));
-    if (hhea.empty() || hmtx.empty() || glyph >= VellCountFontGlyphs(font, record)) {
+    VellView hhea = VellFontTableView(font, VellMakeTag("hhea"), record);
+    VellView hmtx = VellFontTableView(font, VellMakeTag("hmtx"), record);
+    uint32_t glyphCount = VellCountFontGlyphs(font, record);
+    if (record->code != 0) return;
+    if (hhea.empty() || hmtx.empty() || glyph >= glyphCount) {
         record->code = kVellParamErr;
         return;
     }

@@ -8,8 +8,9 @@
 #include "framework/VellMemory.h"
 
 // The glyph's PostScript name from the font's 'post' table. Returns 0, or an
-// error status for a glyph index at or past the glyph count. Format 3, an index
-// past the table's names or a malformed table give an empty name and status 0.
+// error status for a glyph index at or past the glyph count, or for a 'maxp' or
+// 'post' whose entry runs past the end of the file. Format 3, an index past the
+// table's names or a malformed table give an empty name and status 0.
 int32_t VellGetGlyphName(VellFontRef font, uint32_t glyph, std::string* name);
 
 // The glyph's name from the bytes of a 'post' table (formats 1, 2 and 2.5);

@@ -64,9 +64,16 @@ bool IsReadable(uint16_t platformID, uint16_t encodingID, uint16_t languageID) {
     return available[name] = U_SUCCESS(status);
 }
 
+// A font's 'name' table. One whose directory entry runs past the end of the file
+// is an error for every call that reads it; a font without one has no names.
 class NameTable {
 public:
-    explicit NameTable(VellFontRef font) : fTable(VellFontTableView(font, VellMakeTag("name"))) {
+    NameTable(VellFontRef font, ErrorRecord* record) {
+        if (font == nullptr) {
+            record->code = kVellParamErr;
+            return;
+        }
+        fTable = VellFontTableView(font, VellMakeTag("name"), record);
         fCount = fTable.records_that_fit(6, fTable.u16(2), kNameRecordSize);
         fStorage = fTable.u16(4);
     }
@@ -156,17 +163,14 @@ bool VellDecodeNameText(uint16_t platformID, uint16_t encodingID, uint16_t langu
 }
 
 uint32_t VellCountFontNames(VellFontRef font, ErrorRecord* record) {
-    if (font == nullptr) {
-        record->code = kVellParamErr;
-        return 0;
-    }
-    return static_cast<uint32_t>(NameTable(font).count());
+    return static_cast<uint32_t>(NameTable(font, record).count());
 }
 
 bool VellCanGetFontNameAsUnicode(VellFontRef font, uint32_t index, int32_t* code, int32_t* platform,
                                  int32_t* script, int32_t* language, ErrorRecord* record) {
-    NameTable table(font);
-    if (font == nullptr || index < 1 || index > table.count()) {
+    NameTable table(font, record);
+    if (record->code != 0) return false;
+    if (index < 1 || index > table.count()) {
         record->code = kVellParamErr;
         return false;
     }
@@ -180,8 +184,9 @@ bool VellCanGetFontNameAsUnicode(VellFontRef font, uint32_t index, int32_t* code
 
 uint32_t VellGetFontNameAsUTF8(VellFontRef font, uint32_t index, int32_t, int32_t, int32_t, int32_t,
                                std::string* text, ErrorRecord* record) {
-    NameTable table(font);
-    if (font == nullptr || index < 1 || index > table.count()) {
+    NameTable table(font, record);
+    if (record->code != 0) return 0;
+    if (index < 1 || index > table.count()) {
         record->code = kVellParamErr;
         return 0;
     }
@@ -194,11 +199,9 @@ uint32_t VellGetFontNameAsUTF8(VellFontRef font, uint32_t index, int32_t, int32_
 
 bool VellCanFindFontNameAsUnicode(VellFontRef font, int32_t code, uint32_t* index, int32_t platform,
                                   int32_t script, int32_t language, ErrorRecord* record) {
-    if (font == nullptr) {
-        record->code = kVellParamErr;
-        return false;
-    }
-    uint32_t best = BestRecord(NameTable(font), code, platform, script, language);
+    NameTable table(font, record);
+    if (record->code != 0) return false;
+    uint32_t best = BestRecord(table, code, platform, script, language);
     if (index != nullptr) *index = best;
     return best != 0;
 }
@@ -206,11 +209,8 @@ bool VellCanFindFontNameAsUnicode(VellFontRef font, int32_t code, uint32_t* inde
 uint32_t VellFindFontNameAsUTF8(VellFontRef font, int32_t code, int32_t platform, int32_t script,
                                 int32_t language, std::string* text, uint32_t, ErrorRecord* record) {
     if (text != nullptr) text->clear();
-    if (font == nullptr) {
-        record->code = kVellParamErr;
-        return 0;
-    }
-    NameTable table(font);
+    NameTable table(font, record);
+    if (record->code != 0) return 0;
     uint32_t best = BestRecord(table, code, platform, script, language);
     if (best == 0) return 0;
     NameRecord name = table.record(best - 1);

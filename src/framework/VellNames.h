@@ -1,6 +1,7 @@
 // Vell font names. Name codes, platforms, scripts (encodings) and languages are
 // numbered one above the 'name' table's IDs, so 0 can mean "any". Names are
-// numbered from 1 in table order.
+// numbered from 1 in table order. A 'name' table whose directory entry runs past
+// the end of the file fails every call here; a font without one has no names.
 #pragma once
 
 #include <cstdint>

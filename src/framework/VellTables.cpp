@@ -100,7 +100,7 @@ VellHandle VellGetFontTablePtr(VellFontRef font, VellTag tag, uint32_t* size, Er
 
 uint32_t VellCountFontGlyphs(VellFontRef font, ErrorRecord* record) {
     if (!CheckFont(font, record)) return 0;
-    return VellFontTableView(font, VellMakeTag("maxp")).u16(4);
+    return VellFontTableView(font, VellMakeTag("maxp"), record).u16(4);
 }
 
 VellView VellFontTableView(VellFontRef font, VellTag tag, ErrorRecord* record) {

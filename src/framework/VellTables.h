@@ -30,7 +30,8 @@ VellHandle VellGetFontTableHandle(VellFontRef font, VellTag tag, uint32_t* size,
 // shorter; *size is updated), or null, with no error, when the font has none.
 VellHandle VellGetFontTablePtr(VellFontRef font, VellTag tag, uint32_t* size, ErrorRecord* record);
 
-// The font's glyph count: numGlyphs of 'maxp' (unsigned 16-bit), or 0 without 'maxp'.
+// The font's glyph count: numGlyphs of 'maxp' (unsigned 16-bit), or 0 without
+// 'maxp'. A 'maxp' whose entry runs past the end of the file is an error.
 uint32_t VellCountFontGlyphs(VellFontRef font, ErrorRecord* record);
 
 // The bytes of a table in place, without a copy; an empty view when the font has

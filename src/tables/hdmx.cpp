@@ -4,7 +4,7 @@
 #include <array>
 #include <optional>
 
-#include "VellCmpFonts.h"
+#include "VellCmpErrors.h"
 #include "framework/VellGlyphs.h"
 
 namespace {

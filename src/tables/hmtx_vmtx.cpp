@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <exception>
 
-#include "VellCmpFonts.h"
+#include "VellCmpErrors.h"
 #include "framework/VellGlyphs.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "VellCmpFonts.h"
+#include "VellCmpErrors.h"
 #include "framework/VellGlyphs.h"
 #include "framework/VellTables.h"
 

@@ -1,0 +1,58 @@
+#include "VellCmpErrors.h"
+
+#include <array>
+
+#include "framework/VellPlatform.h"
+
+// ---- Process-wide switches ----
+
+uint8_t gShowPostScriptNames = 0;
+uint8_t gShowUnicodeNames = 0;
+uint8_t gVerbose = 0;
+FILE* gReportFile = stdout;
+std::string gFontName;
+
+// ---- Errors ----
+
+namespace {
+
+// The message of code c is entry -c - 1.
+constexpr std::array<const char*, 9> kErrorMessages = {
+    "An internal error occurred.",
+    "Unable to allocate some needed memory.",
+    "An XLT font table input/output routine failed in some way.",
+    "Some file input/output operation failed.",
+    "A required resource is missing.",
+    "The Vellkit reported a problem.",
+    "(no message)",
+    "The requested named font was not found within one of the font files.",
+    "END OF LIST",
+};
+
+}  // namespace
+
+const char* VellCmpErrorMessage(int32_t code) {
+    if (code > -1 || code < -8) return nullptr;
+    return kErrorMessages[static_cast<size_t>(-code - 1)];
+}
+
+void MapFrameworkError(ErrorRecord* record) {
+    switch (record->code) {
+        case kVellInternalErr: record->code = kVellCmpInternalError; break;
+        case kVellMemoryErr: record->code = kVellCmpMemoryError; break;
+        case kVellIOErr: record->code = kVellCmpFileError; break;
+        case kVellResourceErr: record->code = kVellCmpResourceError; break;
+        default: record->code = kVellCmpFrameworkError; break;
+    }
+}
+
+void ReportError(ErrorRecord* record) {
+    // -7 marks a record already reported; -8 (a -f name not found) is left silent.
+    if (record->code < kVellCmpFrameworkError || record->code > kVellCmpInternalError) return;
+    std::string message = VellCopyLocalizedString(VellCmpErrorMessage(record->code), "VellCmpErrors");
+    std::fprintf(stderr, "##### ERROR: %s\n", message.c_str());
+    if (!record->name.empty()) std::fprintf(stderr, "\t%s\n", record->name.c_str());
+    if (!record->sourceFile.empty())
+        std::fprintf(stderr, "\tSource file %s, line %d\n", record->sourceFile.c_str(), record->sourceLine);
+    record->code = kVellCmpAlreadyReported;
+}

@@ -4,13 +4,20 @@
 #include "framework/VellTables.h"
 #include "tables/EBSC.h"
 #include "tables/OS2.h"
+#include "tables/bdat.h"
+#include "tables/cmap.h"
+#include "tables/feat.h"
+#include "tables/glyf.h"
 #include "tables/hdmx.h"
 #include "tables/head.h"
 #include "tables/hhea_vhea.h"
 #include "tables/hmtx_vmtx.h"
 #include "tables/hsty.h"
 #include "tables/maxp.h"
+#include "tables/mort_morx.h"
+#include "tables/name.h"
 #include "tables/post.h"
+#include "tables/prop.h"
 
 // ---- The font diff driver ----
 
@@ -197,12 +204,26 @@ std::unique_ptr<TTableComparator> ConstructComparator(VellTag tag, VellHandle mo
             return std::make_unique<TEBSCTableComparator>(std::move(modified), std::move(original), out);
         case VellMakeTag("OS/2"):
             return std::make_unique<TOS2TableComparator>(std::move(modified), std::move(original), out);
-        case VellMakeTag("bdat"):
-            // A changed 'bdat' has always been reported by the 'head' comparator,
-            // built on the two 'bdat' tables.
+        case VellMakeTag("bdat"): {
+            // The bitmap comparator is built, so that a damaged 'bloc' fails here,
+            // but a changed 'bdat' has always been reported by the 'head'
+            // comparator over the two 'bdat' tables.
+            ErrorRecord record;
+            TBDATTableComparator bitmaps(modifiedFont, VelmHandToHand(modified, &record), originalFont,
+                                         VelmHandToHand(original, &record), out);
+            return std::make_unique<THEADTableComparator>(std::move(modified), std::move(original), out);
+        }
         case VellMakeTag("bhed"):
         case VellMakeTag("head"):
             return std::make_unique<THEADTableComparator>(std::move(modified), std::move(original), out);
+        case VellMakeTag("cmap"):
+            return std::make_unique<TCMAPTableComparator>(std::move(modified), modifiedFont, std::move(original),
+                                                          originalFont, out);
+        case VellMakeTag("feat"):
+            return std::make_unique<TFEATTableComparator>(std::move(modified), std::move(original), out);
+        case VellMakeTag("glyf"):
+            return std::make_unique<TGLYFTableComparator>(std::move(modified), modifiedFont, std::move(original),
+                                                          originalFont, out);
         case VellMakeTag("hdmx"):
             return std::make_unique<THDMXTableComparator>(std::move(modified), side.modifiedPost, side.modifiedGlyphs,
                                                           std::move(original), side.originalPost,
@@ -217,9 +238,19 @@ std::unique_ptr<TTableComparator> ConstructComparator(VellTag tag, VellHandle mo
             return std::make_unique<THSTYTableComparator>(std::move(modified), std::move(original), out);
         case VellMakeTag("maxp"):
             return std::make_unique<TMAXPTableComparator>(std::move(modified), std::move(original), out);
+        case VellMakeTag("mort"):
+            return std::make_unique<TMORTTableComparator>(std::move(modified), std::move(original), out);
+        case VellMakeTag("morx"):
+            return std::make_unique<TMORXTableComparator>(std::move(modified), std::move(original), out);
+        case VellMakeTag("name"):
+            return std::make_unique<TNAMETableComparator>(std::move(modified), std::move(original), out);
         case VellMakeTag("post"):
             return std::make_unique<TPOSTTableComparator>(modifiedFont, std::move(modified), originalFont,
                                                           std::move(original), out);
+        case VellMakeTag("prop"):
+            return std::make_unique<TPROPTableComparator>(modifiedFont, std::move(modified), side.modifiedPost,
+                                                          originalFont, std::move(original), side.originalPost,
+                                                          out);
         case VellMakeTag("vhea"):
             return std::make_unique<TVHEATableComparator>(std::move(modified), std::move(original), out);
         case VellMakeTag("vmtx"):

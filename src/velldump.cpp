@@ -14,9 +14,15 @@
 #include "framework/VellNames.h"
 #include "framework/VellTables.h"
 #include "tables/EBSC.h"
+#include "tables/feat.h"
+#include "tables/glyf.h"
+#include "tables/gvar.h"
 #include "tables/hhea_vhea.h"
 #include "tables/hmtx_vmtx.h"
 #include "tables/hsty.h"
+#include "tables/loca.h"
+#include "tables/mort_morx.h"
+#include "tables/prop.h"
 
 namespace {
 
@@ -55,8 +61,29 @@ std::unique_ptr<TTableDumper> MakeDumper(VellFontRef font, VellTag tag, FILE* ou
         case VellMakeTag("EBSC"):
             dumper = std::make_unique<TEBSCTableDumper>(std::move(table), out);
             break;
+        case VellMakeTag("feat"):
+            dumper = std::make_unique<TFEATTableDumper>(std::move(table), out);
+            break;
+        case VellMakeTag("glyf"):
+            dumper = std::make_unique<TGLYFTableDumper>(std::move(table), out);
+            break;
+        case VellMakeTag("gvar"):
+            dumper = std::make_unique<TGVARTableDumper>(std::move(table), out);
+            break;
         case VellMakeTag("hsty"):
             dumper = std::make_unique<THSTYTableDumper>(std::move(table), out);
+            break;
+        case VellMakeTag("loca"):
+            dumper = std::make_unique<TLOCATableDumper>(font, std::move(table), out);
+            break;
+        case VellMakeTag("mort"):
+            dumper = std::make_unique<TMORTTableDumper>(std::move(table), out);
+            break;
+        case VellMakeTag("morx"):
+            dumper = std::make_unique<TMORXTableDumper>(std::move(table), out);
+            break;
+        case VellMakeTag("prop"):
+            dumper = std::make_unique<TPROPTableDumper>(std::move(table), out);
             break;
         case VellMakeTag("vhea"):
             dumper = std::make_unique<TVHEATableDumper>(std::move(table), out);

@@ -4,10 +4,12 @@
 
 #include "VellCmpErrors.h"
 #include "framework/VellTables.h"
+#include "tables/cvt.h"
 #include "tables/hdmx.h"
 #include "tables/hhea_vhea.h"
 #include "tables/hmtx_vmtx.h"
 #include "tables/maxp.h"
+#include "tables/name.h"
 
 namespace {
 
@@ -21,6 +23,8 @@ void TerminateOnError(const ErrorRecord& record) {
 std::unique_ptr<TTableDumper> ConstructDumper(VellTag tag, VellHandle table, const VellHandle& post, uint16_t longMetrics,
                                               uint32_t glyphCount, FILE* out) {
     switch (tag) {
+        case VellMakeTag("cvt "):
+            return std::make_unique<TCVTTableDumper>(std::move(table), out);
         case VellMakeTag("hdmx"):
             return std::make_unique<THDMXTableDumper>(std::move(table), glyphCount, out);
         case VellMakeTag("hhea"):
@@ -29,6 +33,8 @@ std::unique_ptr<TTableDumper> ConstructDumper(VellTag tag, VellHandle table, con
             return std::make_unique<THMTXTableDumper>(std::move(table), post, longMetrics, glyphCount, out);
         case VellMakeTag("maxp"):
             return std::make_unique<TMAXPTableDumper>(std::move(table), out);
+        case VellMakeTag("name"):
+            return std::make_unique<TNAMETableDumper>(std::move(table), out);
         default:
             return std::make_unique<TTableDumper>(std::move(table), out, nullptr);
     }

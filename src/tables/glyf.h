@@ -1,0 +1,24 @@
+// 'glyf': the outline data of every glyph of one font; and the glyphs whose
+// outline data differ between two fonts, both versions of each. Glyph data come
+// from the framework by glyph index; the handler decodes the glyph header, the
+// contour end points and the composite component records itself.
+#pragma once
+
+#include "comparators/TTableComparator.h"
+
+class TGLYFTableDumper : public TTableDumper {
+public:
+    // (table, out); the glyphs are those of the font set with SetFont.
+    TGLYFTableDumper(VellHandle table, FILE* out) : TTableDumper(std::move(table), out, nullptr) {}
+    int32_t DumpTableContents() override;
+    int GetHandlerKind() const override { return 26; }
+};
+
+class TGLYFTableComparator : public TTableComparator {
+public:
+    // (modified table, modified font, original table, original font, out)
+    TGLYFTableComparator(VellHandle modifiedTable, VellFontRef modifiedFont, VellHandle originalTable,
+                         VellFontRef originalFont, FILE* out);
+    int32_t DumpTableDeltas() override;
+    int GetHandlerKind() const override { return 26; }
+};

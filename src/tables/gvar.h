@@ -1,0 +1,13 @@
+// 'gvar': the glyph variations header, the glyph variation offsets and the first
+// glyph's tuple variation headers of one font. There is no 'gvar' comparator.
+#pragma once
+
+#include "dumpers/TTableDumper.h"
+
+class TGVARTableDumper : public TTableDumper {
+public:
+    // (table, out)
+    TGVARTableDumper(VellHandle table, FILE* out) : TTableDumper(std::move(table), out, nullptr) {}
+    int32_t DumpTableContents() override;
+    int GetHandlerKind() const override { return 4; }
+};

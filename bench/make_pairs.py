@@ -1,0 +1,102 @@
+#!/usr/bin/python3
+"""Builds the benchmark's font pairs from fonts packaged by Debian.
+
+Each pair is an original and a modified font file, as a font engineer meets
+them in CI: an unchanged CJK collection, a Latin font with a few hundred glyphs
+edited, a CJK font with every advance width changed, a CJK font with every
+outline moved by one unit, and a family's Regular against its Bold. Both fonts
+of a pair are written by the same library, so that they differ only where the
+edit says.
+
+Usage: make_pairs.py DIRECTORY
+"""
+import os
+import shutil
+import sys
+
+from fontTools.ttLib import TTFont
+
+DEJAVU = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
+DEJAVU_BOLD = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
+WQY = "/usr/share/fonts/truetype/wqy/wqy-zenhei.ttc"
+
+
+def save(font, directory, name):
+    font.save(os.path.join(directory, name))
+
+
+def cjk_collection(directory):
+    # Two copies of the same collection, three fonts of 45,000 glyphs each.
+    for name in ("cjk-collection-original.ttc", "cjk-collection-modified.ttc"):
+        shutil.copyfile(WQY, os.path.join(directory, name))
+
+
+def edited_latin(directory):
+    original = TTFont(DEJAVU)
+    save(original, directory, "dejavu-edited-original.ttf")
+    modified = TTFont(DEJAVU)
+    order = modified.getGlyphOrder()
+    glyf, hmtx = modified["glyf"], modified["hmtx"]
+    # 150 outlines moved, 150 other glyphs with a wider advance.
+    for name in order[100:250]:
+        glyph = glyf[name]
+        if glyph.numberOfContours > 0:
+            glyph.coordinates.translate((5, 0))
+    for name in order[250:400]:
+        advance, lsb = hmtx[name]
+        hmtx[name] = (advance + 10, lsb)
+    # One character mapped to another glyph, in every Unicode subtable.
+    for table in modified["cmap"].tables:
+        if table.isUnicode() and 0x41 in table.cmap:
+            table.cmap[0x41] = table.cmap.get(0x42, table.cmap[0x41])
+    # A new version string.
+    modified["name"].setName("Version 2.37.1", 5, 3, 1, 0x409)
+    save(modified, directory, "dejavu-edited-modified.ttf")
+
+
+def cjk_font(directory, stem, edit):
+    original = TTFont(WQY, fontNumber=0)
+    save(original, directory, stem + "-original.ttf")
+    modified = TTFont(WQY, fontNumber=0)
+    edit(modified)
+    save(modified, directory, stem + "-modified.ttf")
+
+
+def every_advance_wider(font):
+    hmtx = font["hmtx"]
+    for name in font.getGlyphOrder():
+        advance, lsb = hmtx[name]
+        hmtx[name] = (advance + 1, lsb)
+
+
+def every_outline_moved(font):
+    glyf = font["glyf"]
+    for name in font.getGlyphOrder():
+        glyph = glyf[name]
+        if glyph.numberOfContours > 0:
+            glyph.coordinates.translate((1, 0))
+
+
+def family(directory):
+    # The Bold carries the Regular's names, so that the two pair up.
+    regular = TTFont(DEJAVU)
+    bold = TTFont(DEJAVU_BOLD)
+    bold["name"] = regular["name"]
+    save(regular, directory, "family-original.ttf")
+    save(bold, directory, "family-modified.ttf")
+
+
+def main():
+    if len(sys.argv) != 2:
+        sys.exit(__doc__)
+    directory = sys.argv[1]
+    os.makedirs(directory, exist_ok=True)
+    cjk_collection(directory)
+    edited_latin(directory)
+    cjk_font(directory, "cjk-advances", every_advance_wider)
+    cjk_font(directory, "cjk-outlines", every_outline_moved)
+    family(directory)
+
+
+if __name__ == "__main__":
+    main()

@@ -26,12 +26,16 @@ std::string NameDump(const Bytes& table) {
     return out.Text();
 }
 
+// Each report prints its heading, and no closing line, whether or not it lists names.
+const std::string kHeadingsOnly = "\t### Added names ### \n\t### Deleted names ### \n\t### Changed names ### \n";
+
 // The report's headings, index lines, sides and texts, without the field blocks.
 std::string Listing(const std::string& report) {
     std::istringstream lines(report);
     std::string listing;
     for (std::string line; std::getline(lines, line);)
-        if (!line.starts_with("\t\t") || line.starts_with("\t\t#") || line.starts_with("\t\t\"")) listing += line + "\n";
+        if (!line.starts_with("\t\t") || line.starts_with("\t\t#") || line.starts_with("\t\t\""))
+            listing += line + "\n";
     return listing;
 }
 
@@ -49,9 +53,11 @@ TEST(Name, AddedKeyOnFourIdentifiersDeletedOnFiveAndChangedOnLengthOrLastByte) {
               "\tDeleted name, name index:\t1\n\t\t# name (orig)\n\t\t\"Regular\"\n"
               "\tDeleted name, name index:\t4\n\t\t# name (orig)\n\t\t\"PSName\"\n"
               "\t### Changed names ### \n"
-              "\tChanged name, name index:\t1\n\t\t# name (orig)\n\t\t\"Regular\"\n\t\t# name (mod )\n\t\t\"Bold\"\n"
-              "\tChanged name, name index:\t2\n\t\t# name (orig)\n\t\t\"Sample A\"\n\t\t# name (mod )\n\t\t\"Sample B\"\n");
-    EXPECT_EQ(NameDeltas(original, original), "\t### Added names ### \n\t### Deleted names ### \n\t### Changed names ### \n");
+              "\tChanged name, name index:\t1\n"
+              "\t\t# name (orig)\n\t\t\"Regular\"\n\t\t# name (mod )\n\t\t\"Bold\"\n"
+              "\tChanged name, name index:\t2\n"
+              "\t\t# name (orig)\n\t\t\"Sample A\"\n\t\t# name (mod )\n\t\t\"Sample B\"\n");
+    EXPECT_EQ(NameDeltas(original, original), kHeadingsOnly);
 }
 
 TEST(Name, FieldBlockRepeatsTheEncodingTextAsTheLanguageWhileTheDumpShowsTheLanguageAndNoNameID) {
@@ -85,12 +91,12 @@ TEST(Name, MacintoshTextsAreBytesAndOthersWholeCharactersWithin256BytesOfUtf8) {
     std::u16string euros(100, u'\u20AC'), smiles = u"A";
     for (int i = 0; i < 64; ++i) smiles += u"\U0001F600";
     const std::pair<NameEntry, std::string> cases[] = {
-        {{1, 0, 0, 1, Bytes{'M', 0xA5, 0x80}}, "M\xA5\x80"},
-        {Mac(1, std::string(300, 'm')), std::string(300, 'm')},
-        {{0, 3, 0, 1, Bytes{0, 'A', 0, 'B', 0}}, "AB"},
-        {{3, 1, 0x409, 1, Utf16(euros)}, Repeat("\u20AC", 85)},
-        {{3, 10, 0x409, 1, Utf16(smiles)}, "A" + Repeat("\U0001F600", 63)},
-        {{3, 1, 0x409, 1, Utf16(u"A\xD800" "B")}, ""},
+        {{1, 0, 0, 1, Bytes{'M', 0xA5, 0x80}}, "M\xA5\x80"},  // not converted from Mac Roman
+        {Mac(1, std::string(300, 'm')), std::string(300, 'm')},  // not cut
+        {{0, 3, 0, 1, Bytes{0, 'A', 0, 'B', 0}}, "AB"},  // an odd last byte dropped
+        {{3, 1, 0x409, 1, Utf16(euros)}, Repeat("\u20AC", 85)},  // 255 bytes: the 86th would pass 256
+        {{3, 10, 0x409, 1, Utf16(smiles)}, "A" + Repeat("\U0001F600", 63)},  // surrogate pairs, never split
+        {{3, 1, 0x409, 1, Utf16(u"A\xD800" "B")}, ""},  // an unpaired surrogate: no text
     };
     for (const auto& [entry, text] : cases) {
         std::string dump = NameDump(MakeNameRecords({entry}));
@@ -111,15 +117,15 @@ TEST(Name, RecordsAndStringsOutsideTheTableReadAsNothing) {
     Bytes original = MakeNameRecords({Mac(1, "Sample")}), modified = original;
     SetU16(modified, 4, 0xFFFF);  // string storage
     EXPECT_EQ(Listing(NameDeltas(modified, original)),
-              "\t### Added names ### \n\t### Deleted names ### \n\t### Changed names ### \n"
-              "\tChanged name, name index:\t0\n\t\t# name (orig)\n\t\t\"Sample\"\n\t\t# name (mod )\n\t\t\"\"\n");
+              kHeadingsOnly +
+                  "\tChanged name, name index:\t0\n\t\t# name (orig)\n\t\t\"Sample\"\n\t\t# name (mod )\n\t\t\"\"\n");
 }
 
 TEST(Name, ThousandsOfNamesWithOneKeyCompareWithoutAWalkPerName) {
     // Empty strings of one key: a walk per name would compare every pair.
     std::vector<NameEntry> names(65535, Win(1, ""));
     Bytes table = MakeNameRecords(names);
-    EXPECT_EQ(NameDeltas(table, table), "\t### Added names ### \n\t### Deleted names ### \n\t### Changed names ### \n");
+    EXPECT_EQ(NameDeltas(table, table), kHeadingsOnly);
 }
 
 TEST(Identifiers, KnownAndUnknownNumbersOnEachPlatform) {

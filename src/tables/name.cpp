@@ -20,27 +20,30 @@ constexpr uint16_t kMacintoshPlatform = 1;
 // A converted name keeps the whole characters that fit in this many bytes of UTF-8.
 constexpr size_t kNameTextBytes = 256;
 
-// A name record's identifier, printed with its readable text. The framework
-// numbers identifiers one above their IDs.
-using IdentifierText = std::string (*)(VellView record, ErrorRecord* error);
+// The readable texts of a record's identifiers, from the framework, which numbers
+// platforms, encodings, languages and name types one above their IDs.
+std::string PlatformText(VellView record, ErrorRecord* error) {
+    return VellPlatformToString(record.u16(0) + 1, error);
+}
+std::string EncodingText(VellView record, ErrorRecord* error) {
+    return VellScriptToString(record.u16(0) + 1, record.u16(2) + 1, error);
+}
+std::string LanguageText(VellView record, ErrorRecord* error) {
+    return VellLanguageToString(record.u16(0) + 1, record.u16(2) + 1, record.u16(4) + 1, error);
+}
+std::string NameTypeText(VellView record, ErrorRecord* error) {
+    return VellNameTypeToString(record.u16(6) + 1, error);
+}
 
+// An identifier field of a name record, printed with its text on an "-aka-" line.
 struct IdentifierRow {
     FieldRow field;
-    IdentifierText text;
+    std::string (*text)(VellView record, ErrorRecord* error);
 };
-
-constexpr IdentifierRow kPlatformRow = {{0, FieldKind::UInt16, "Platform ID"}, [](VellView r, ErrorRecord* e) {
-    return VellPlatformToString(r.u16(0) + 1, e);
-}};
-constexpr IdentifierRow kEncodingRow = {{2, FieldKind::UInt16, "Platform-specific ID"}, [](VellView r, ErrorRecord* e) {
-    return VellScriptToString(r.u16(0) + 1, r.u16(2) + 1, e);
-}};
-constexpr IdentifierRow kLanguageRow = {{4, FieldKind::UInt16, "Language ID"}, [](VellView r, ErrorRecord* e) {
-    return VellLanguageToString(r.u16(0) + 1, r.u16(2) + 1, r.u16(4) + 1, e);
-}};
-constexpr IdentifierRow kNameIDRow = {{6, FieldKind::UInt16, "Name ID"}, [](VellView r, ErrorRecord* e) {
-    return VellNameTypeToString(r.u16(6) + 1, e);
-}};
+constexpr IdentifierRow kPlatformRow = {{0, FieldKind::UInt16, "Platform ID"}, PlatformText};
+constexpr IdentifierRow kEncodingRow = {{2, FieldKind::UInt16, "Platform-specific ID"}, EncodingText};
+constexpr IdentifierRow kLanguageRow = {{4, FieldKind::UInt16, "Language ID"}, LanguageText};
+constexpr IdentifierRow kNameIDRow = {{6, FieldKind::UInt16, "Name ID"}, NameTypeText};
 constexpr FieldRow kPlacementRows[] = {
     {8, FieldKind::UInt16, "Length"},
     {10, FieldKind::UInt16, "Offset"},
@@ -136,7 +139,7 @@ private:
 // the cut makes the name unconvertible, and it reads as empty.
 std::string Utf16NameText(VellView bytes) {
     // Every character kept takes at least as many bytes of UTF-8 as it has code
-    // units, so the units past the cut and the one character after it are never read.
+    // units, so the kept characters and the one after them lie in these units.
     size_t count = std::min(bytes.size() / 2, kNameTextBytes + 2);
     std::u16string units(count, u'\0');
     for (size_t i = 0; i < count; ++i) units[i] = static_cast<char16_t>(bytes.u16(2 * i));
@@ -191,6 +194,18 @@ void PrintName(TTableDumper& dumper, const NameTable& table, VellView record, Si
     PrintNameText(dumper, table, record);
 }
 
+// Each name of `listed` that has no counterpart in the other table, under its index.
+template <typename HasCounterpart>
+void ListUnpairedNames(TTableDumper& dumper, const NameTable& listed, Side side, const char* label,
+                       HasCounterpart hasCounterpart) {
+    for (size_t index = 0; index < listed.count(); ++index) {
+        VellView record = listed.Record(index);
+        if (hasCounterpart(record)) continue;
+        dumper.PrintInt32Field(1, label, static_cast<int32_t>(index), false, true);
+        PrintName(dumper, listed, record, side, true);
+    }
+}
+
 }  // namespace
 
 // The dump lists neither the name ID nor its text.
@@ -200,7 +215,8 @@ int32_t TNAMETableDumper::DumpTableContents() {
     for (size_t index = 0; index < table.count(); ++index) {
         VellView record = table.Record(index);
         PrintInt32Field(1, "Name", static_cast<int32_t>(index), false, true);
-        for (const IdentifierRow& row : {kPlatformRow, kEncodingRow, kLanguageRow}) PrintIdentifier(*this, 3, row, record);
+        for (const IdentifierRow& row : {kPlatformRow, kEncodingRow, kLanguageRow})
+            PrintIdentifier(*this, 3, row, record);
         DumpFieldRows(2, kPlacementRows, record);
         PrintNameText(*this, table, record);
     }
@@ -217,29 +233,19 @@ int32_t TNAMETableComparator::DumpTableDeltas() {
 
 // A name is added when the original has none with its four identifiers.
 void TNAMETableComparator::ReportAddedNames() {
-    NameTable modified(GetTableView()), original(GetOriginalTableView());
-    NameIndex originalIndex(original);
+    NameIndex original{NameTable(GetOriginalTableView())};
     PrintLine("\t### Added names ### \n", false);
-    for (size_t index = 0; index < modified.count(); ++index) {
-        VellView record = modified.Record(index);
-        if (originalIndex.Has(Identifiers(record))) continue;
-        PrintInt32Field(1, "Added name, name index", static_cast<int32_t>(index), false, true);
-        PrintName(*this, modified, record, Side::Modified, true);
-    }
+    ListUnpairedNames(*this, NameTable(GetTableView()), Side::Modified, "Added name, name index",
+                      [&](VellView record) { return original.Has(Identifiers(record)); });
 }
 
 // A name is deleted when the modified font has none with its four identifiers
 // and its length: one whose length changed is listed here, and not as added.
 void TNAMETableComparator::ReportDeletedNames() {
-    NameTable modified(GetTableView()), original(GetOriginalTableView());
-    NameIndex modifiedIndex(modified);
+    NameIndex modified{NameTable(GetTableView())};
     PrintLine("\t### Deleted names ### \n", false);
-    for (size_t index = 0; index < original.count(); ++index) {
-        VellView record = original.Record(index);
-        if (modifiedIndex.Has(Identifiers(record), Length(record))) continue;
-        PrintInt32Field(1, "Deleted name, name index", static_cast<int32_t>(index), false, true);
-        PrintName(*this, original, record, Side::Original, true);
-    }
+    ListUnpairedNames(*this, NameTable(GetOriginalTableView()), Side::Original, "Deleted name, name index",
+                      [&](VellView record) { return modified.Has(Identifiers(record), Length(record)); });
 }
 
 // Each original name is paired with the first modified name of its identifiers

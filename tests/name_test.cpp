@@ -81,21 +81,21 @@ Bytes Utf16(const std::u16string& text) {
     return bytes;
 }
 
-std::string Repeat(const std::string& text, size_t count) {
-    std::string repeated;
+template <typename Text>
+Text Repeat(const Text& text, size_t count) {
+    Text repeated;
     while (count-- > 0) repeated += text;
     return repeated;
 }
 
 TEST(Name, MacintoshTextsAreBytesAndOthersWholeCharactersWithin256BytesOfUtf8) {
-    std::u16string euros(100, u'\u20AC'), smiles = u"A";
-    for (int i = 0; i < 64; ++i) smiles += u"\U0001F600";
+    std::u16string euros(100, u'\u20AC'), smiles = u"A" + Repeat<std::u16string>(u"\U0001F600", 64);
     const std::pair<NameEntry, std::string> cases[] = {
         {{1, 0, 0, 1, Bytes{'M', 0xA5, 0x80}}, "M\xA5\x80"},  // not converted from Mac Roman
         {Mac(1, std::string(300, 'm')), std::string(300, 'm')},  // not cut
         {{0, 3, 0, 1, Bytes{0, 'A', 0, 'B', 0}}, "AB"},  // an odd last byte dropped
-        {{3, 1, 0x409, 1, Utf16(euros)}, Repeat("\u20AC", 85)},  // 255 bytes: the 86th would pass 256
-        {{3, 10, 0x409, 1, Utf16(smiles)}, "A" + Repeat("\U0001F600", 63)},  // surrogate pairs, never split
+        {{3, 1, 0x409, 1, Utf16(euros)}, Repeat<std::string>("\u20AC", 85)},  // 255 bytes; 86 would be 258
+        {{3, 10, 0x409, 1, Utf16(smiles)}, "A" + Repeat<std::string>("\U0001F600", 63)},  // pairs never split
         {{3, 1, 0x409, 1, Utf16(u"A\xD800" "B")}, ""},  // an unpaired surrogate: no text
     };
     for (const auto& [entry, text] : cases) {
@@ -104,7 +104,7 @@ TEST(Name, MacintoshTextsAreBytesAndOthersWholeCharactersWithin256BytesOfUtf8) {
     }
 }
 
-TEST(Name, RecordsAndStringsOutsideTheTableReadAsNothing) {
+TEST(Name, RecordsAndStringsOutsideTheTableReadAsNothingAndHugeTablesStayFast) {
     Bytes hostile = MakeNameRecords({Mac(1, "Sample"), Mac(2, "Bold")});
     SetU16(hostile, 2, 0xFFFF);               // count
     SetU16(hostile, 6 + 12 + 10, 0xFFF0);     // second string's offset
@@ -119,13 +119,9 @@ TEST(Name, RecordsAndStringsOutsideTheTableReadAsNothing) {
     EXPECT_EQ(Listing(NameDeltas(modified, original)),
               kHeadingsOnly +
                   "\tChanged name, name index:\t0\n\t\t# name (orig)\n\t\t\"Sample\"\n\t\t# name (mod )\n\t\t\"\"\n");
-}
-
-TEST(Name, ThousandsOfNamesWithOneKeyCompareWithoutAWalkPerName) {
-    // Empty strings of one key: a walk per name would compare every pair.
-    std::vector<NameEntry> names(65535, Win(1, ""));
-    Bytes table = MakeNameRecords(names);
-    EXPECT_EQ(NameDeltas(table, table), kHeadingsOnly);
+    // Thousands of empty names of one key: a walk per name would compare every pair.
+    Bytes many = MakeNameRecords(std::vector<NameEntry>(65535, Win(1, "")));
+    EXPECT_EQ(NameDeltas(many, many), kHeadingsOnly);
 }
 
 TEST(Identifiers, KnownAndUnknownNumbersOnEachPlatform) {
@@ -135,12 +131,10 @@ TEST(Identifiers, KnownAndUnknownNumbersOnEachPlatform) {
         {VellPlatformToString(4, &record), "Microsoft"},
         {VellPlatformToString(10, &record), "Unknown platform 9"},
         {VellScriptToString(1, 4, &record), "Unicode BMP"},
-        {VellScriptToString(1, 9, &record), "Unknown encoding 8"},
         {VellScriptToString(2, 33, &record), "Uninterpreted"},
         {VellScriptToString(2, 34, &record), "Unknown script 33"},
         {VellScriptToString(3, 3, &record), "ISO 8859-1"},
         {VellScriptToString(4, 11, &record), "Unicode full repertoire"},
-        {VellScriptToString(4, 8, &record), "Unknown encoding 7"},
         {VellLanguageToString(1, 4, 1, &record), "Language-independent"},
         {VellLanguageToString(2, 1, 151, &record), "Azerbaijani (Roman script)"},
         {VellLanguageToString(2, 1, 100, &record), "Unknown language 99"},
@@ -148,7 +142,6 @@ TEST(Identifiers, KnownAndUnknownNumbersOnEachPlatform) {
         {VellLanguageToString(4, 2, 0x400 + 1, &record), "Unknown language 1024"},
         {VellLanguageToString(4, 2, 0x8001 + 1, &record), "Language tag record 1"},
         {VellNameTypeToString(7, &record), "PostScript name"},
-        {VellNameTypeToString(16, &record), "Reserved name 15"},
         {VellNameTypeToString(27, &record), "Reserved name 26"},
         {VellNameTypeToString(257, &record), "Font-specific name"},
     };

@@ -1,8 +1,9 @@
 // Readable English texts for the identifiers of 'cmap' and 'name' records:
 // platforms, their encodings (scripts), languages and name types. Numbers are the
 // framework's, one above the sfnt IDs (platform 4 is the Microsoft platform, name
-// code 5 the full name). An identifier the references do not define reads as a
-// text with its number, such as "Unknown platform 9".
+// code 5 the full name), and 0 reads as "any". An identifier the references do
+// not define reads as a text with its sfnt ID, such as "Unknown platform 9" for
+// the framework's platform 10. None of these calls fails.
 #pragma once
 
 #include <cstdint>

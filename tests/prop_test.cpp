@@ -1,0 +1,149 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "framework/VellLookups.h"
+#include "support/Harness.h"
+#include "tables/prop.h"
+
+namespace {
+
+using ::testing::HasSubstr;
+using Values = std::vector<uint16_t>;
+
+// A 'prop' whose format says whether the lookup (given in 16-bit words) is used.
+Bytes MakeProp(uint16_t format, uint16_t defaultProperty, const Values& lookup = {}) {
+    TableWriter prop;
+    prop.U32(0x00020000).U16(format).U16(defaultProperty);
+    for (uint16_t word : lookup) prop.U16(word);
+    return prop;
+}
+
+// A binary-search lookup and whatever follows its units; units of size 0 claim 65535.
+Values BinarySearch(uint16_t format, uint16_t unitSize, const Values& units) {
+    uint16_t count = unitSize == 0 ? 0xFFFF : static_cast<uint16_t>(units.size() * 2 / unitSize);
+    Values lookup = {format, unitSize, count, 0, 0, 0};
+    lookup.insert(lookup.end(), units.begin(), units.end());
+    return lookup;
+}
+
+Values Expand(const Bytes& prop, uint32_t glyphCount) {
+    ErrorRecord record;
+    VellHandle properties = VellMakeArrayFromPropTable(VellView(prop.data(), prop.size()), glyphCount, &record);
+    VellView block = VelmView(properties);
+    EXPECT_EQ(block.size(), 2 * size_t{glyphCount});
+    Values values;
+    for (uint32_t glyph = 0; glyph < glyphCount; ++glyph) values.push_back(block.u16(2 * size_t{glyph}));
+    return values;
+}
+
+constexpr uint16_t D = 0x00AA;  // the default property
+struct LookupCase {
+    const char* name;
+    Bytes prop;
+    Values expected;  // for six glyphs
+};
+const LookupCase kLookupCases[] = {
+    {"NoLookup", MakeProp(0, D, {0, 1, 2, 3}), {D, D, D, D, D, D}},
+    {"SimpleArrayCutShort", MakeProp(1, D, {0, 1, 2, 3}), {1, 2, 3, D, D, D}},
+    // Overlapping segments: the first one to cover a glyph gives its value.
+    {"SegmentSingle", MakeProp(1, D, BinarySearch(2, 6, {2, 1, 7, 4, 2, 8, 0xFFFF, 0xFFFF, 0})), {D, 7, 7, 8, 8, D}},
+    // Values 24 bytes into the lookup; the second segment's lie outside it.
+    {"SegmentArray", MakeProp(1, D, BinarySearch(4, 6, {3, 2, 24, 5, 5, 200, 5, 6})), {D, D, 5, 6, D, D}},
+    {"SingleTable", MakeProp(1, D, BinarySearch(6, 4, {4, 9, 1, 3, 4, 10})), {D, 3, D, D, 9, D}},
+    {"TrimmedArray", MakeProp(1, D, {8, 3, 5, 1, 2, 3, 4, 5}), {D, D, D, 1, 2, 3}},
+    {"UnknownFormat", MakeProp(1, D, {10, 1, 2, 3}), {D, D, D, D, D, D}},
+};
+
+class PropLookup : public testing::TestWithParam<LookupCase> {};
+
+TEST_P(PropLookup, GivesEachGlyphItsValueOrTheDefaultProperty) {
+    EXPECT_EQ(Expand(GetParam().prop, 6), GetParam().expected);
+    // Cut short anywhere, a lookup still yields a value for every glyph.
+    for (size_t length = 0; length < GetParam().prop.size(); ++length)
+        Expand(Bytes(GetParam().prop.begin(), GetParam().prop.begin() + length), 6);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, PropLookup, testing::ValuesIn(kLookupCases),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(PropLookupHostile, ReadsOnlyWhatTheLookupHoldsInBoundedTime) {
+    // 65535 units of size 0; 65535 units stated, one present; last glyph below the first.
+    EXPECT_EQ(Expand(MakeProp(1, D, BinarySearch(2, 0, {})), 0xFFFF), Values(0xFFFF, D));
+    EXPECT_EQ(Expand(MakeProp(1, D, {2, 6, 0xFFFF, 0, 0, 0, 2, 1, 7}), 4), (Values{D, 7, 7, D}));
+    EXPECT_EQ(Expand(MakeProp(1, D, BinarySearch(2, 6, {1, 2, 7})), 4), Values(4, D));
+    // Ten thousand segment arrays, each over every glyph, at most 65535 glyphs each.
+    Values segments;
+    for (int i = 0; i < 10000; ++i) segments.insert(segments.end(), {0xFFFF, 0, static_cast<uint16_t>(i % 3 * 2)});
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(Expand(MakeProp(1, D, BinarySearch(4, 6, segments)), 0xFFFF)[0], 4);  // the lookup's format word
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    ErrorRecord record;
+    EXPECT_EQ(VellMakeArrayFromPropTable(VellView(), 0x10001, &record), nullptr);
+    EXPECT_EQ(record.code, kVellParamErr);
+}
+
+// SampleFont (.notdef, space, A, B) with a 'prop' of one value per glyph.
+FontTables WithProp(Values properties, uint16_t defaultProperty = 0) {
+    properties.insert(properties.begin(), 0);
+    FontTables font = SampleFont();
+    font["prop"] = MakeProp(1, defaultProperty, properties);
+    return font;
+}
+
+class Prop : public testing::Test {
+protected:
+    FontTables original = WithProp({1, 1, 1, 1});
+};
+
+TEST_F(Prop, OnlyFieldsThatChangedPrintAndReservedBitsPrintNone) {
+    EXPECT_EQ(CompareDeltas(WithProp({1, 0x0071, 0x9082, 1}), original, "prop"),
+              "\tGlyph:\t1\n\t\tName:\tspace\n\t\tProperties (mod vs. orig):\t\n"
+              "\tGlyph:\t2\n\t\tName:\tA\n\t\tProperties (mod vs. orig):\t\n"
+              "\t\t\tisFloater (mod ):\tTRUE\n\t\t\tisFloater (orig):\tFALSE\n"
+              "\t\t\tuseRLBracketingGlyph (mod ):\tTRUE\n\t\t\tuseRLBracketingGlyph (orig):\tFALSE\n"
+              "\t\t\tglyphConnectsOnRight (mod ):\tTRUE\n\t\t\tglyphConnectsOnRight (orig):\tFALSE\n"
+              "\t\t\tdirectionClass (mod ):\t2\n\t\t\tdirectionClass (orig):\t1\n");
+}
+
+TEST_F(Prop, BracketingOffsetIsSignedAndItsGlyphWrapsAroundTheGlyphSpace) {
+    // Without -p the bracketing glyph's line is left open.
+    EXPECT_EQ(CompareDeltas(WithProp({0x0F01, 1, 1, 1}), original, "prop"),
+              "\tGlyph:\t0\n\t\tName:\t.notdef\n\t\tProperties (mod vs. orig):\t\n"
+              "\t\t\tRLBracketingGlyphOffset (mod ):\t-1\n\t\t\tRLBracketingGlyph (mod ):\t65535"
+              "\t\t\tRLBracketingGlyphOffset (orig):\t0\n");
+    // The default property brackets from glyph 65535: an offset of 1 is glyph 0.
+    SwitchesForTest switches(true, false);
+    FontTables font = WithProp({1, 1, 1, 1}, 0x0100);
+    LoadedFont loaded(font);
+    CapturedStream out;
+    TPROPTableDumper dumper(VelmNewHandle(font["prop"]), out.file());
+    dumper.SetFont(loaded.font());
+    dumper.DumpTableContents();
+    EXPECT_THAT(out.Text(), HasSubstr("\tFormat:\t1\n\tDefault property:\t\n\t\tisFloater:\tFALSE\n"));
+    EXPECT_THAT(out.Text(), HasSubstr("\t\tRLBracketingGlyph:\t0 (.notdef U+FFFF)\n\t\tglyphConnectsOnRight"));
+    EXPECT_THAT(out.Text(), HasSubstr("\tGlyph:\t3 (B U+FFFF)\n\t\tProperty:\t\n\t\t\tisFloater:\tFALSE\n"));
+}
+
+TEST_F(Prop, GlyphsOnlyOneFontHasAreListedWithTheirOwnFontsNames) {
+    FontTables modified = WithProp({1, 1, 1, 2, 0x0101});
+    modified["maxp"] = MakeMaxp(5);
+    modified["post"] = MakePost({".notdef", "space", "A", "Bee", "C"});
+    EXPECT_EQ(CompareDeltas(modified, original, "prop"),
+              "\tGlyph:\t3\n\t\tName (mod ):\tBee\n\t\tName (orig ):\tB\n\t\tProperties (mod vs. orig):\t\n"
+              "\t\t\tdirectionClass (mod ):\t2\n\t\t\tdirectionClass (orig):\t1\n"
+              "\n\n\tValues for added glyphs:\n\tGlyph:\t4\n\t\tName (mod ):\tC\n\t\tOffset:\t\n"
+              "\t\t\tisFloater:\tFALSE\n\t\t\tisLeftTopHanger:\tFALSE\n\t\t\tisRightBottomHanger:\tFALSE\n"
+              "\t\t\tuseRLBracketingGlyph:\tFALSE\n\t\t\tRLBracketingGlyphOffset:\t1\n"
+              "\t\t\tRLBracketingGlyph:\t5\t\t\tglyphConnectsOnRight:\tFALSE\n\t\t\tdirectionClass:\t1\n");
+    EXPECT_THAT(CompareDeltas(original, modified, "prop"),
+                HasSubstr("\n\n\tValues for deleted glyphs:\n\tGlyph:\t4\n\t\tName (orig ):\tC\n\t\tOffset:\t\n"));
+    // A font without 'post' gives no name; with neither, no name line is printed.
+    original.Remove("post");
+    EXPECT_THAT(CompareDeltas(modified, original, "prop"), HasSubstr("\tGlyph:\t3\n\t\tName (mod ):\tBee\n\t\tProp"));
+    modified.Remove("post");
+    EXPECT_THAT(CompareDeltas(modified, original, "prop"), HasSubstr("\tGlyph:\t3\n\t\tProperties"));
+}
+
+}  // namespace

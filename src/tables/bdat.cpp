@@ -31,6 +31,10 @@ constexpr size_t kBigMetricsField = 12;
 
 // The system status of an index out of range.
 constexpr int32_t kParamErr = -50;
+// No font places more bitmaps than 32 strikes of 65,536 glyphs each. A 'bloc'
+// that claims more (strikes that share one full-range subtable can claim
+// billions from a few kilobytes) fails as one that places a glyph twice does.
+constexpr uint64_t kMostBitmapLocations = uint64_t{1} << 21;
 // Bitmaps of this many bytes or more are compared by their location only, and
 // their bytes are not listed.
 constexpr uint32_t kListedBitmapBytes = 256;
@@ -130,7 +134,7 @@ std::vector<TGlyphBitmapLocation> TBDATTableComparator::BuildLocationList(VellFo
     // 0xFFFF never ends by itself, as its 16-bit glyph counter wraps; this bound
     // is what stops it.
     uint64_t strikes = table.records_that_fit(kStrikesOffset, table.u32(kStrikeCountOffset), kStrikeBytes);
-    uint64_t mostEntries = strikes * glyphCount;
+    uint64_t mostEntries = std::min(strikes * glyphCount, kMostBitmapLocations);
 
     std::vector<TGlyphBitmapLocation> locations;
     try {

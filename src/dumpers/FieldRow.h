@@ -24,6 +24,7 @@ enum class FieldKind : uint8_t {
     Flag32,        // 32 bits, PrintFlagField
     Date,          // 64-bit seconds, compared whole, PrintDateField
     DateHighWord,  // 64-bit seconds compared on the high 32 bits only, PrintDateField
+    FontName,      // 16-bit name ID, PrintFontNameField
 };
 
 // Lines printed right after a field's value line, from that value (the style bits
@@ -46,6 +47,7 @@ constexpr uint32_t FieldWidth(FieldKind kind) {
         case FieldKind::UInt16:
         case FieldKind::UInt16Hex:
         case FieldKind::Int16:
+        case FieldKind::FontName:
             return 2;
         case FieldKind::Date:
         case FieldKind::DateHighWord:

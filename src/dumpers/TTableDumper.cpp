@@ -314,6 +314,7 @@ void TTableDumper::PrintFieldRow(int indent, const FieldRow& row, std::string_vi
         case FieldKind::Flag32: PrintFlagField(indent, label, table.u32(at)); break;
         case FieldKind::Date:
         case FieldKind::DateHighWord: PrintDateField(indent, label, table.u64(at)); break;
+        case FieldKind::FontName: PrintFontNameField(indent, label, table.u16(at)); break;
     }
     if (row.details != nullptr) {
         uint32_t width = FieldWidth(row.kind);

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "framework/VellFontFile.h"
+#include "framework/VellMemory.h"
 #include "support/FontBuilder.h"
 
 // A stdio stream whose bytes can be read back.
@@ -44,6 +45,14 @@ std::string CompareTable(const FontTables& modified, const FontTables& original,
 std::string DiffReport(const FontTables& modified, const FontTables& original, int32_t* code = nullptr);
 // What DumpTable prints for the factory's dumper of `tag` (velldump's, with `velldump`).
 std::string DumpTable(const FontTables& font, const char* tag);
+// What DumpTableContents prints for a dumper made from the table alone.
+template <typename Dumper>
+std::string DumpContents(const Bytes& table) {
+    CapturedStream out;
+    Dumper dumper(VelmNewHandle(table), out.file());
+    dumper.DumpTableContents();
+    return out.Text();
+}
 
 // Sets the process-wide switches for one test and restores them after it.
 class SwitchesForTest {

@@ -35,6 +35,7 @@ struct VellFont {
     VellView data;                       // the font's sfnt data; table offsets count from its start
     std::vector<VellTableEntry> tables;  // in the order of the directory as stored
     mutable std::any derived;            // indexes built on first use (glyph names)
+    mutable std::any encodings;          // the 'cmap' encoding list, built on first use
 };
 
 // A font reference: one font inside an open font file.

@@ -1,5 +1,135 @@
 #include "tables/cmap.h"
 
+#include <algorithm>
+#include <initializer_list>
+
+#include "VellCmpErrors.h"
+#include "framework/VellEncodings.h"
+#include "framework/VellIdentifiers.h"
+
+namespace {
+
+// An encoding as the framework names it: platform, script and language, each one
+// above its sfnt ID.
+struct Encoding {
+    int32_t platform, script, language;
+};
+
+// Codes print as Unicode values on the Unicode platform (1) and in the Microsoft
+// platform's (4) Unicode BMP (2) and UCS-4 (11) encodings.
+bool IsUnicode(const Encoding& encoding) {
+    return encoding.platform == 1 || (encoding.platform == 4 && (encoding.script == 2 || encoding.script == 11));
+}
+
+uint32_t CountEncodings(VellFontRef font) {
+    ErrorRecord record;
+    uint32_t count = VellCountFontEncodings(font, &record);
+    ThrowIfVellError(record);
+    return count;
+}
+
+Encoding GetEncoding(VellFontRef font, uint32_t index) {
+    ErrorRecord record;
+    Encoding encoding;
+    encoding.platform = VellGetFontEncoding(font, index, &encoding.script, &encoding.language, &record);
+    ThrowIfVellError(record);
+    return encoding;
+}
+
+// The index of the font's first encoding with the same identifiers, or 0.
+uint32_t FindEncoding(VellFontRef font, const Encoding& encoding) {
+    ErrorRecord record;
+    uint32_t index = VellFindFontEncoding(font, encoding.platform, encoding.script, encoding.language, &record);
+    ThrowIfVellError(record);
+    return index;
+}
+
+bool HasEncodingMissingFrom(VellFontRef font, VellFontRef other) {
+    for (uint32_t index = 1, count = CountEncodings(font); index <= count; ++index)
+        if (FindEncoding(other, GetEncoding(font, index)) == 0) return true;
+    return false;
+}
+
+VellCGArray MakeArray(const VellHandle& cmap, uint32_t index) {
+    ErrorRecord record;
+    uint16_t format;
+    VellCGArray mappings = VellMakeCGArrayFromCMAPTable(cmap, index, &format, &record);
+    ThrowIfVellError(record);
+    return mappings;
+}
+
+// The mapping of a code in an array sorted by code, or null.
+const VellCGPair* FindCode(const VellCGArray& mappings, uint32_t code) {
+    auto found = std::lower_bound(mappings.begin(), mappings.end(), code,
+                                  [](const VellCGPair& mapping, uint32_t wanted) { return mapping.code < wanted; });
+    return found != mappings.end() && found->code == code ? &*found : nullptr;
+}
+
+bool SameMappings(const VellCGArray& a, const VellCGArray& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const VellCGPair& x, const VellCGPair& y) {
+        return x.code == y.code && x.glyph == y.glyph;
+    });
+}
+
+// Each label keeps two trailing blanks before its colon, as reports always have.
+void PrintEncodingHeading(TTableDumper& dumper, const Encoding& encoding) {
+    ErrorRecord record;
+    std::string text = VellPlatformToString(encoding.platform, &record);
+    ThrowIfVellError(record);
+    dumper.PrintStringField(0, "Platform:  ", text);
+    text = VellScriptToString(encoding.platform, encoding.script, &record);
+    ThrowIfVellError(record);
+    dumper.PrintStringField(0, "Script:  ", text);
+    text = VellLanguageToString(encoding.platform, encoding.script, encoding.language, &record);
+    ThrowIfVellError(record);
+    dumper.PrintStringField(0, "Language:  ", text);
+}
+
+// "\t<code> ==> <glyph>", or for a remapped code "\t<code> ==> <original glyph> ==>
+// <modified glyph>". The code and glyph fields leave the line open and the mapping
+// ends it; with -p the last glyph field has already ended it, so an empty line follows.
+void PrintMapping(TTableDumper& dumper, uint32_t code, std::initializer_list<uint16_t> glyphs, bool unicode) {
+    dumper.PrintLine("\t", false);
+    dumper.PrintUnicodeValue(0, nullptr, code, unicode, false);
+    size_t remaining = glyphs.size();
+    for (uint16_t glyph : glyphs) {
+        dumper.PrintLine(" ==> ", false);
+        dumper.PrintGlyphField(0, nullptr, glyph, false, --remaining == 0);
+    }
+    dumper.PrintLine("\n", false);
+}
+
+// The encodings of `font` that `other` lacks, framed only when there is one.
+void DumpLoneEncodings(TTableDumper& dumper, VellFontRef font, VellFontRef other, const char* heading,
+                       const char* footer) {
+    if (!HasEncodingMissingFrom(font, other)) return;
+    dumper.PrintLine(heading, false);
+    for (uint32_t index = 1, count = CountEncodings(font); index <= count; ++index) {
+        Encoding encoding = GetEncoding(font, index);
+        if (FindEncoding(other, encoding) == 0) PrintEncodingHeading(dumper, encoding);
+    }
+    dumper.PrintLine(footer, false);
+}
+
+// Glyph names come from the dumper's font, the modified one, on both sides.
+void DumpChangedMappings(TTableDumper& dumper, const VellCGArray& original, const VellCGArray& modified,
+                         bool unicode) {
+    dumper.PrintLine("\t### Added mappings (in modified font and not original font):\n", true);
+    for (const VellCGPair& mapping : modified)
+        if (FindCode(original, mapping.code) == nullptr) PrintMapping(dumper, mapping.code, {mapping.glyph}, unicode);
+    dumper.PrintLine("\n\t### Deleted mappings (in original font but not in modified font):\n", true);
+    for (const VellCGPair& mapping : original)
+        if (FindCode(modified, mapping.code) == nullptr) PrintMapping(dumper, mapping.code, {mapping.glyph}, unicode);
+    dumper.PrintLine("\n\t### Changed mappings (char code ==> original font glyph ==> modified font glyph):\n", true);
+    for (const VellCGPair& mapping : original) {
+        const VellCGPair* now = FindCode(modified, mapping.code);
+        if (now != nullptr && now->glyph != mapping.glyph)
+            PrintMapping(dumper, mapping.code, {mapping.glyph, now->glyph}, unicode);
+    }
+}
+
+}  // namespace
+
 TCMAPTableComparator::TCMAPTableComparator(VellHandle modifiedTable, VellFontRef modifiedFont,
                                            VellHandle originalTable, VellFontRef originalFont, FILE* out)
     : TTableComparator(std::move(modifiedTable), std::move(originalTable), out) {
@@ -7,4 +137,26 @@ TCMAPTableComparator::TCMAPTableComparator(VellHandle modifiedTable, VellFontRef
     SetOriginalFont(originalFont);
 }
 
-int32_t TCMAPTableComparator::DumpTableDeltas() { return 0; }
+// Encodings are matched by platform, script and language; one present in only
+// one font is listed by name and its mappings are not compared.
+int32_t TCMAPTableComparator::DumpTableDeltas() {
+    if (!HasBothTables()) return 1;
+    VellFontRef original = GetOriginalFont(), modified = GetModifiedFont();
+    DumpLoneEncodings(*this, modified, original, "### Added cmaps:\n\n", "\n### End added cmaps:\n\n");
+    DumpLoneEncodings(*this, original, modified, "### Deleted cmaps:\n\n", "\n### End deleted cmaps:\n\n");
+
+    PrintLine("### Changed cmaps:\n\n", false);
+    for (uint32_t index = 1, count = CountEncodings(original); index <= count; ++index) {
+        Encoding encoding = GetEncoding(original, index);
+        uint32_t match = FindEncoding(modified, encoding);
+        if (match == 0) continue;
+        VellCGArray originalMappings = MakeArray(GetOriginalTableHandle(), index);
+        VellCGArray modifiedMappings = MakeArray(GetTableHandle(), match);
+        if (SameMappings(originalMappings, modifiedMappings)) continue;
+        PrintEncodingHeading(*this, encoding);
+        DumpChangedMappings(*this, originalMappings, modifiedMappings, IsUnicode(encoding));
+        PrintLine("\n", false);
+    }
+    PrintLine("\n### End changed cmaps:\n\n", false);
+    return 0;
+}

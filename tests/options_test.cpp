@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -99,10 +100,15 @@ TEST_F(LongOptions, AutoColorsATerminalUnlessNoColorIsSet) {
         setenv("NO_COLOR", noColor, 1);
         RunVellcmp({"--color=auto", "--tables=head", "-o", terminal, o, m});
         unsetenv("NO_COLOR");
-        fcntl(master, F_SETFL, O_NONBLOCK);
+        // The terminal hands the report on asynchronously: read until its last line.
         std::string shown;
         char buffer[4096];
-        for (ssize_t n; (n = read(master, buffer, sizeof buffer)) > 0;) shown.append(buffer, static_cast<size_t>(n));
+        pollfd ready{master, POLLIN, 0};
+        while (shown.find("#####End tables changed") == std::string::npos && poll(&ready, 1, 5000) > 0) {
+            ssize_t n = read(master, buffer, sizeof buffer);
+            if (n <= 0) break;
+            shown.append(buffer, static_cast<size_t>(n));
+        }
         EXPECT_EQ(shown.find("\x1b[32m") != std::string::npos, *noColor == '\0') << "NO_COLOR=" << noColor;
         close(slave);
         close(master);

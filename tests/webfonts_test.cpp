@@ -43,15 +43,16 @@ Bytes BuildWOFF(const FontTables& font) {
         compress2(stored.data(), &length, bytes.data(), bytes.size(), 9);
         stored.resize(length);
         if (stored.size() >= bytes.size()) stored = bytes;  // a table that does not shrink is stored as it is
-        directory.Tag(tag.c_str()).U32(static_cast<uint32_t>(at + data.size())).U32(static_cast<uint32_t>(stored.size()));
-        directory.U32(static_cast<uint32_t>(bytes.size())).U32(Checksum(bytes));
+        directory.Tag(tag.c_str()).U32(static_cast<uint32_t>(at + data.size()));  // offset
+        directory.U32(static_cast<uint32_t>(stored.size())).U32(static_cast<uint32_t>(bytes.size()));
+        directory.U32(Checksum(bytes));
         data.insert(data.end(), stored.begin(), stored.end());
         data.resize((data.size() + 3) & ~size_t{3}, 0);
         sfntSize += (bytes.size() + 3) & ~size_t{3};
     }
     TableWriter header;
-    header.Tag("wOFF").U32(0x00010000).U32(static_cast<uint32_t>(at + data.size())).U16(static_cast<uint32_t>(n)).U16(0);
-    header.U32(static_cast<uint32_t>(sfntSize)).U16(1).U16(0).Zeros(20);
+    header.Tag("wOFF").U32(0x00010000).U32(static_cast<uint32_t>(at + data.size()));
+    header.U16(static_cast<uint32_t>(n)).U16(0).U32(static_cast<uint32_t>(sfntSize)).U16(1).U16(0).Zeros(20);
     Bytes file = header;
     file.insert(file.end(), directory.bytes().begin(), directory.bytes().end());
     file.insert(file.end(), data.begin(), data.end());
@@ -96,8 +97,6 @@ TEST_F(WebFonts, ReportAndDumpAsTheSfntDoes) {
         EXPECT_EQ(Replaced(RunVellcmp({o, web}).out, web, m), sfnt.out) << flavor;
         EXPECT_EQ(RunVelldump({web}).out, dump.out) << flavor;
     }
-    std::string oWOFF = dir.Write("o.woff", BuildWOFF(original)), mWOFF2 = dir.Write("m.woff2", BuildWOFF2(BuildSfnt(modified)));
-    EXPECT_EQ(Replaced(Replaced(RunVellcmp({oWOFF, mWOFF2}).out, oWOFF, o), mWOFF2, m), sfnt.out);
 }
 
 TEST_F(WebFonts, AWOFF2CollectionListsEveryFont) {
@@ -110,14 +109,17 @@ TEST_F(WebFonts, DamagedAndBombLikeFilesFailAsFontsThatCannotBeRead) {
     Bytes woff = BuildWOFF(modified), woff2 = BuildWOFF2(BuildSfnt(modified));
     FontTables zeros = modified;
     zeros["zero"] = Bytes(4 << 20, 0);  // four megabytes that compress to a few kilobytes
-    auto patched = [](Bytes file, size_t offset, uint32_t value) { return SetU32(file, offset, value), file; };
+    auto patched = [](Bytes file, size_t offset, size_t value) {
+        SetU32(file, offset, static_cast<uint32_t>(value));
+        return file;
+    };
     size_t cvt = 44;  // the directory entry of 'cvt ', 200 bytes stored as a zlib stream
     while (woff[cvt] != 'c') cvt += 20;
     const std::pair<const char*, Bytes> cases[] = {
         {"WOFF cut short", Bytes(woff.begin(), woff.end() - 40)},
         {"WOFF2 cut short", Bytes(woff2.begin(), woff2.end() - 40)},
-        {"WOFF totalSfntSize past 100 times the file", patched(woff, 16, static_cast<uint32_t>(100 * woff.size() + 1))},
-        {"WOFF2 totalSfntSize past 100 times the file", patched(woff2, 16, static_cast<uint32_t>(100 * woff2.size() + 1))},
+        {"WOFF totalSfntSize past 100 times the file", patched(woff, 16, 100 * woff.size() + 1)},
+        {"WOFF2 totalSfntSize past 100 times the file", patched(woff2, 16, 100 * woff2.size() + 1)},
         {"WOFF table claiming 2 GB", patched(woff, cvt + 12, 0x7FFFFFFF)},
         {"WOFF stream longer than its table", patched(woff, cvt + 12, 199)},
         {"WOFF stream shorter than its table", patched(woff, cvt + 12, 201)},
@@ -134,7 +136,7 @@ TEST_F(WebFonts, DamagedAndBombLikeFilesFailAsFontsThatCannotBeRead) {
         EXPECT_EQ(run.status, 1) << name;
     }
     // Exactly 100 times the file is still a font.
-    EXPECT_EQ(RunVellcmp({o, dir.Write("ok", patched(woff, 16, static_cast<uint32_t>(100 * woff.size())))}).status, 0);
+    EXPECT_EQ(RunVellcmp({o, dir.Write("ok", patched(woff, 16, 100 * woff.size()))}).status, 0);
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ enum : int { kSummaryValue = 256, kTablesValue, kExcludeTablesValue, kExitCodeVa
 
 struct LongOptionRow {
     unsigned flag;
-    option spec;
+    option definition;
     const char* usage;
 };
 
@@ -78,14 +78,14 @@ CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters, uns
     CommandLineOptions options;
     // '+': stop at the first operand, as POSIX getopt does.
     const std::string optionString = std::string("+") + letters;
-    std::vector<option> longSpecs;
+    std::vector<option> definitions;
     for (const LongOptionRow& row : kLongOptionRows)
-        if (longOptions & row.flag) longSpecs.push_back(row.spec);
-    longSpecs.push_back({nullptr, 0, nullptr, 0});
+        if (longOptions & row.flag) definitions.push_back(row.definition);
+    definitions.push_back({nullptr, 0, nullptr, 0});
     ColorMode color = ColorMode::kNever;
     int option;
     while (!options.error &&
-           (option = getopt_long(argc, argv, optionString.c_str(), longSpecs.data(), nullptr)) != -1) {
+           (option = getopt_long(argc, argv, optionString.c_str(), definitions.data(), nullptr)) != -1) {
         switch (option) {
             case 'f': gFontName = optarg; break;
             case 'h': options.help = true; break;

@@ -1,19 +1,91 @@
 #include "CommandLine.h"
 
+#include <getopt.h>
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "VellCmpErrors.h"
 
-CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters) {
+namespace {
+
+// getopt_long's values for the long options without a letter of their own.
+enum : int { kSummaryValue = 256, kTablesValue, kExcludeTablesValue, kExitCodeValue, kColorValue, kLongHelpValue };
+
+struct LongOptionRow {
+    unsigned flag;
+    option definition;
+    const char* usage;
+};
+
+const LongOptionRow kLongOptionRows[] = {
+    {kLongSummary, {"summary", no_argument, nullptr, kSummaryValue},
+     "\t--summary Print the header and the lists of added, deleted and changed tables, without the tables' "
+     "accounts\n"},
+    {kLongTables, {"tables", required_argument, nullptr, kTablesValue},
+     "\t--tables=TAG[,TAG...] Print the account of only these changed tables; the lists still name every table\n"},
+    {kLongTables, {"exclude-tables", required_argument, nullptr, kExcludeTablesValue},
+     "\t--exclude-tables=TAG[,TAG...] Print the account of every changed table but these\n"},
+    {kLongExitCode, {"exit-code", no_argument, nullptr, kExitCodeValue},
+     "\t--exit-code Exit with 0 when the fonts are identical, 1 when they differ or a font has no partner, 2 on "
+     "failure\n"},
+    {kLongColor, {"color", optional_argument, nullptr, kColorValue},
+     "\t--color[=WHEN] Colour the changed values and the differing rows of hex differences: never (the default), "
+     "always (when WHEN is left out) or auto (on a terminal, unless NO_COLOR is set)\n"},
+    {kLongHelp, {"help", no_argument, nullptr, kLongHelpValue}, "\t--help Output this message with the long options\n"},
+    {kLongVersion, {"version", no_argument, nullptr, 'V'}, "\t--version Output the tool's version to stdout\n"},
+};
+
+// Adds the tags of a --tables or --exclude-tables list; false for a tag that is
+// empty or longer than four characters.
+bool AddTags(const char* list, std::vector<VellTag>& tags) {
+    std::string_view rest(list);
+    while (true) {
+        size_t comma = rest.find(',');
+        std::string_view text = rest.substr(0, comma);
+        if (text.empty() || text.size() > 4) {
+            std::fprintf(stderr, "#### ERROR:  Invalid table tag \"%.*s\"\n", static_cast<int>(text.size()),
+                         text.data());
+            return false;
+        }
+        tags.push_back(TagFromText(text));
+        if (comma == std::string_view::npos) return true;
+        rest.remove_prefix(comma + 1);
+    }
+}
+
+bool ParseColorMode(const char* argument, ColorMode* mode) {
+    if (argument == nullptr || std::strcmp(argument, "always") == 0)
+        *mode = ColorMode::kAlways;
+    else if (std::strcmp(argument, "never") == 0)
+        *mode = ColorMode::kNever;
+    else if (std::strcmp(argument, "auto") == 0)
+        *mode = ColorMode::kAuto;
+    else {
+        std::fprintf(stderr, "#### ERROR:  Invalid colour \"%s\": use never, always or auto\n", argument);
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters, unsigned longOptions) {
     CommandLineOptions options;
     // '+': stop at the first operand, as POSIX getopt does.
     const std::string optionString = std::string("+") + letters;
+    std::vector<option> definitions;
+    for (const LongOptionRow& row : kLongOptionRows)
+        if (longOptions & row.flag) definitions.push_back(row.definition);
+    definitions.push_back({nullptr, 0, nullptr, 0});
+    ColorMode color = ColorMode::kNever;
     int option;
-    while (!options.error && (option = getopt(argc, argv, optionString.c_str())) != -1) {
+    while (!options.error &&
+           (option = getopt_long(argc, argv, optionString.c_str(), definitions.data(), nullptr)) != -1) {
         switch (option) {
             case 'f': gFontName = optarg; break;
             case 'h': options.help = true; break;
@@ -31,13 +103,40 @@ CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters) {
             case 'u': gShowUnicodeNames = 1; break;
             case 'v': gVerbose = 1; break;
             case 'V': options.version = true; break;
+            case kSummaryValue: gSummaryOnly = 1; break;
+            case kTablesValue: options.error = !AddTags(optarg, gAccountTables); break;
+            case kExcludeTablesValue: options.error = !AddTags(optarg, gExcludedTables); break;
+            case kExitCodeValue: gExitCodeByDifference = 1; break;
+            case kColorValue: options.error = !ParseColorMode(optarg, &color); break;
+            case kLongHelpValue: options.help = options.longHelp = true; break;
             default:
                 std::fprintf(stderr, "#### ERROR:  Unknown option: %c\n", option);
                 options.error = 1;
                 break;
         }
     }
+    gColorReport = ColorWanted(color, isatty(fileno(gReportFile)) != 0, std::getenv("NO_COLOR"));
     return options;
+}
+
+bool ColorWanted(ColorMode mode, bool terminal, const char* noColor) {
+    if (mode != ColorMode::kAuto) return mode == ColorMode::kAlways;
+    return terminal && (noColor == nullptr || noColor[0] == '\0');
+}
+
+void PrintLongOptionUsage(unsigned longOptions) {
+    std::printf("Long options:\n");
+    for (const LongOptionRow& row : kLongOptionRows)
+        if (longOptions & row.flag) std::printf("%s", row.usage);
+    std::printf("Font files may be TrueType or OpenType fonts, collections, resource-fork font files, or WOFF and "
+                "WOFF2 web fonts.\n");
+}
+
+VellTag TagFromText(std::string_view text) {
+    uint8_t bytes[4] = {' ', ' ', ' ', ' '};
+    for (size_t i = 0; i < text.size() && i < 4; ++i) bytes[i] = static_cast<uint8_t>(text[i]);
+    return static_cast<VellTag>(bytes[0]) << 24 | static_cast<VellTag>(bytes[1]) << 16 |
+           static_cast<VellTag>(bytes[2]) << 8 | bytes[3];
 }
 
 std::string BaseName(const char* path) {

@@ -11,6 +11,12 @@ uint8_t gShowUnicodeNames = 0;
 uint8_t gVerbose = 0;
 FILE* gReportFile = stdout;
 std::string gFontName;
+uint8_t gSummaryOnly = 0;
+std::vector<VellTag> gAccountTables;
+std::vector<VellTag> gExcludedTables;
+uint8_t gColorReport = 0;
+uint8_t gExitCodeByDifference = 0;
+uint8_t gFontsDiffer = 0;
 
 // ---- Errors ----
 

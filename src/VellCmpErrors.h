@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "framework/VellTypes.h"
 
@@ -16,6 +17,15 @@ extern uint8_t gShowUnicodeNames;     // -u
 extern uint8_t gVerbose;              // -v
 extern FILE* gReportFile;             // -o, or standard output
 extern std::string gFontName;         // -f
+extern uint8_t gSummaryOnly;          // --summary: the table lists without the tables' accounts
+extern std::vector<VellTag> gAccountTables;   // --tables: the changed tables that get an account (all when empty)
+extern std::vector<VellTag> gExcludedTables;  // --exclude-tables: the changed tables that get none
+extern uint8_t gColorReport;          // --color, as decided for the report stream
+extern uint8_t gExitCodeByDifference; // --exit-code: 0 identical, 1 different, 2 failure
+
+// Set once any compared pair differs (a table added, deleted or changed) or a
+// font of the modified file has no partner: what --exit-code reports.
+extern uint8_t gFontsDiffer;
 
 // ---- Error codes and their report ----
 enum VellCmpError : int32_t {

@@ -1,5 +1,7 @@
 #include "VellCmpFonts.h"
 
+#include <algorithm>
+
 #include "comparators/TTableComparator.h"
 #include "framework/VellTables.h"
 #include "tables/EBSC.h"
@@ -85,10 +87,21 @@ bool ListTablesMissingFrom(VellFontRef font, uint32_t count, VellFontRef other, 
         if (Failed(record)) return false;
         uint32_t otherLength = VellFindFontTable(other, tag, nullptr, nullptr, record);
         if (Failed(record)) return false;
-        if (otherLength == 0)
+        if (otherLength == 0) {
+            gFontsDiffer = 1;
             std::fprintf(gReportFile, "\t'%s' %d bytes\n", VellTagText(tag).c_str(), static_cast<int32_t>(length));
+        }
     }
     return true;
+}
+
+// Whether a changed table gets its account, or only its tag line, under
+// --tables and --exclude-tables.
+bool TableGetsAccount(VellTag tag) {
+    auto named = [tag](const std::vector<VellTag>& tags) {
+        return std::find(tags.begin(), tags.end(), tag) != tags.end();
+    };
+    return (gAccountTables.empty() || named(gAccountTables)) && !named(gExcludedTables);
 }
 
 }  // namespace
@@ -121,9 +134,17 @@ void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* 
         if (failed) return;
         if (!changed) continue;
 
+        gFontsDiffer = 1;
         std::string tagText = VellTagText(tag);
-        std::fprintf(gReportFile, "\n\t'%s'\n", tagText.c_str());
         if (gVerbose) std::fprintf(stderr, "Found a delta in the '%s' tables\n", tagText.c_str());
+        if (gSummaryOnly) {
+            // Both sizes, as the account's header lines would give them.
+            std::fprintf(gReportFile, "\t'%s' %d bytes (%d bytes in the original font)\n", tagText.c_str(),
+                         static_cast<int32_t>(modifiedLength), static_cast<int32_t>(originalLength));
+            continue;
+        }
+        std::fprintf(gReportFile, "\n\t'%s'\n", tagText.c_str());
+        if (!TableGetsAccount(tag)) continue;
         try {
             std::unique_ptr<TTableComparator> comparator =
                 MakeTableComparator(modifiedFont, originalFont, tag, gReportFile);

@@ -11,7 +11,10 @@
 class TTableComparator;
 
 // Compares the table directories of a modified and an original font and reports
-// every changed table. On failure the record holds -7 (already reported).
+// every changed table: its account, or with --summary its sizes alone, and under
+// --tables or --exclude-tables its tag alone when it is not chosen. Sets
+// gFontsDiffer when a table was added, deleted or changed. On failure the record
+// holds -7 (already reported).
 void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* record);
 
 // The comparator for a changed table of this tag, with both tables and the side

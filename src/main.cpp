@@ -22,7 +22,11 @@ constexpr int32_t kCloseModifiedLine = 293;
 
 constexpr const char* kHeaderRule = "================================================================";
 
-void PrintUsage(const std::string& name) {
+// The long options vellcmp takes.
+constexpr unsigned kVellcmpLongOptions =
+    kLongHelp | kLongVersion | kLongColor | kLongSummary | kLongTables | kLongExitCode;
+
+void PrintUsage(const std::string& name, bool longOptions) {
     PrintVersion(name);
     std::printf("Usage:  %s [-hpuvV] [-f font name] [-o output file] originalfontfile modifiedfontfile \n",
                 name.c_str());
@@ -36,6 +40,7 @@ void PrintUsage(const std::string& name) {
     std::printf("\t-u Show the Unicode names of characters\n");
     std::printf("\t-v Verbose operation, additional data is output to stderr\n");
     std::printf("\t-V Output the tool's version to stdout\n");
+    if (longOptions) PrintLongOptionUsage(kVellcmpLongOptions);
 }
 
 bool Failed(ErrorRecord* record) {
@@ -111,6 +116,8 @@ int DiffFontFiles(const char* modifiedPath, const char* originalPath) {
             if (record.code != 0)
                 return DisposeAndReport(modifiedList, modifiedCount, originalList, originalCount, &record);
             if (match >= originalCount) {
+                // A font dropped from a family is a difference for --exit-code.
+                gFontsDiffer = 1;
                 std::fprintf(stderr, "##### WARNING! Could not find match for font %s!\n", fullName.c_str());
                 continue;
             }
@@ -157,22 +164,24 @@ int DiffFontFiles(const char* modifiedPath, const char* originalPath) {
 
 int main(int argc, char* argv[]) {
     gFontName.clear();
-    CommandLineOptions options = ParseOptions(argc, argv, "f:ho:puvV");
+    CommandLineOptions options = ParseOptions(argc, argv, "f:ho:puvV", kVellcmpLongOptions);
     int error = options.error;
     std::string name = BaseName(argv[0]);
-    if (options.help || optind == argc) PrintUsage(name);
+    if (options.help || optind == argc) PrintUsage(name, options.longHelp);
     if (options.version) PrintVersion(name);
-    if (optind == argc) return error;
+    // With --exit-code, failures exit 2 as diff's do, leaving 1 to say "different".
+    const int failure = gExitCodeByDifference ? 2 : 1;
+    if (optind == argc) return error ? failure : 0;
     if (optind == argc - 2) {
         // The modified file goes first.
         int result = DiffFontFiles(argv[optind + 1], argv[optind]);
-        if (result != 1) return result;
+        if (result == 0) return gExitCodeByDifference && gFontsDiffer ? 1 : 0;
         std::fprintf(stderr, "##### ERROR:  Aborting after failure to diff %s and %s.\n", argv[optind + 1],
                      argv[optind]);
-        return 1;
+        return failure;
     }
     std::fprintf(stderr,
                  "##### ERROR:  There must be exactly two font files as arguments, when there appears to be %d!\n",
                  argc - optind);
-    return 1;
+    return failure;
 }

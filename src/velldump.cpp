@@ -26,7 +26,10 @@
 
 namespace {
 
-void PrintUsage(const std::string& name) {
+// The long options velldump takes: those that make sense for one font.
+constexpr unsigned kVelldumpLongOptions = kLongHelp | kLongVersion | kLongColor;
+
+void PrintUsage(const std::string& name, bool longOptions) {
     PrintVersion(name);
     std::printf("Usage:  %s [-hpuV] [-f font name] [-o output file] fontfile [tag ...] \n", name.c_str());
     std::printf("Options:\n");
@@ -38,14 +41,7 @@ void PrintUsage(const std::string& name) {
     std::printf("\t-u Show the Unicode names of characters\n");
     std::printf("\t-V Output the tool's version to stdout\n");
     std::printf("Without tags, every table of the font is printed, in directory order.\n");
-}
-
-// A tag as typed: up to four characters, padded with blanks ("cvt" is 'cvt ').
-VellTag ParseTag(const std::string& text) {
-    uint8_t bytes[4] = {' ', ' ', ' ', ' '};
-    for (size_t i = 0; i < text.size() && i < 4; ++i) bytes[i] = static_cast<uint8_t>(text[i]);
-    return static_cast<VellTag>(bytes[0]) << 24 | static_cast<VellTag>(bytes[1]) << 16 |
-           static_cast<VellTag>(bytes[2]) << 8 | bytes[3];
+    if (longOptions) PrintLongOptionUsage(kVelldumpLongOptions);
 }
 
 // The dumpers that the factory does not make are built here, from the arguments
@@ -109,7 +105,7 @@ std::unique_ptr<TTableDumper> MakeDumper(VellFontRef font, VellTag tag, FILE* ou
 int DumpFont(VellFontRef font, const std::vector<std::string>& tagTexts) {
     ErrorRecord record;
     std::vector<VellTag> tags;
-    for (const std::string& text : tagTexts) tags.push_back(ParseTag(text));
+    for (const std::string& text : tagTexts) tags.push_back(TagFromText(text));
     if (tags.empty()) {
         uint32_t count = VellCountFontTables(font, &record);
         for (uint32_t index = 1; index <= count && record.code == 0; ++index) {
@@ -176,10 +172,10 @@ int DumpFontFile(const char* path, const std::vector<std::string>& tags) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    CommandLineOptions options = ParseOptions(argc, argv, "f:ho:puV");
+    CommandLineOptions options = ParseOptions(argc, argv, "f:ho:puV", kVelldumpLongOptions);
     int error = options.error;
     std::string name = BaseName(argv[0]);
-    if (options.help || optind == argc) PrintUsage(name);
+    if (options.help || optind == argc) PrintUsage(name, options.longHelp);
     if (options.version) PrintVersion(name);
     if (optind == argc) return error;
     std::vector<std::string> tags(argv + optind + 1, argv + argc);

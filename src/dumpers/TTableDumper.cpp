@@ -27,6 +27,21 @@ void AppendOffset(std::string& row, size_t offset) {
     row.append(text, static_cast<size_t>(length));
 }
 
+// The colours of --color: the modified value of a changed-value pair, the
+// original value, and a row of a hex difference whose bytes differ.
+constexpr std::string_view kModifiedColor = "\x1b[32m";
+constexpr std::string_view kOriginalColor = "\x1b[31m";
+constexpr std::string_view kDifferingRowColor = "\x1b[33m";
+constexpr std::string_view kResetColor = "\x1b[0m";
+
+std::string_view LineColor(std::string_view line) {
+    if (line.starts_with("==> ")) return kDifferingRowColor;
+    std::string_view label = line.substr(0, line.find(":\t"));
+    if (label.ends_with(" (mod )")) return kModifiedColor;
+    if (label.ends_with(" (orig)")) return kOriginalColor;
+    return {};
+}
+
 }  // namespace
 
 std::string VellFormat(const char* format, ...) {
@@ -49,6 +64,7 @@ TTableDumper::TTableDumper(VellHandle table, FILE* out, VellFontRef font)
     : fTable(std::move(table)), fOutput(out), fFont(font), fNoOutput(out == nullptr) {}
 
 TTableDumper::~TTableDumper() {
+    FlushPendingLine();
     ErrorRecord ignored;
     if (fTable) VelmDisposeHandle(fTable, &ignored);
     fOutput = nullptr;
@@ -61,6 +77,7 @@ int32_t TTableDumper::DumpTable() {
     PrintLine(VellFormat("' (%ld bytes in the modified font)", static_cast<long>(GetTableSize())), true);
     int32_t result = DumpTableContents();
     PrintLine("\n#####\n End table\n\n", true);
+    FlushPendingLine();
     return result;
 }
 
@@ -99,7 +116,27 @@ int32_t TTableDumper::DumpTableContents() {
 
 void TTableDumper::WriteRaw(std::string_view bytes) {
     if (fOutput == nullptr || bytes.empty()) return;
+    if (gColorReport) return WriteColoredLines(bytes);
     std::fwrite(bytes.data(), 1, bytes.size(), fOutput);
+}
+
+void TTableDumper::WriteColoredLines(std::string_view bytes) {
+    for (size_t end = bytes.find('\n'); end != std::string_view::npos; end = bytes.find('\n')) {
+        fPendingLine.append(bytes.substr(0, end));
+        std::string_view color = LineColor(fPendingLine);
+        if (!color.empty()) fPendingLine = std::string(color) + fPendingLine + std::string(kResetColor);
+        fPendingLine.push_back('\n');
+        std::fwrite(fPendingLine.data(), 1, fPendingLine.size(), fOutput);
+        fPendingLine.clear();
+        bytes.remove_prefix(end + 1);
+    }
+    fPendingLine.append(bytes);
+}
+
+void TTableDumper::FlushPendingLine() {
+    if (fOutput != nullptr && !fPendingLine.empty())
+        std::fwrite(fPendingLine.data(), 1, fPendingLine.size(), fOutput);
+    fPendingLine.clear();
 }
 
 void TTableDumper::PrintLine(std::string_view text, bool lineEnd) {
@@ -111,7 +148,7 @@ void TTableDumper::PrintLine(std::string_view text, bool lineEnd) {
         start = percent + 2;
     }
     WriteRaw(text.substr(start));
-    if (lineEnd) std::fputc('\n', fOutput);
+    if (lineEnd) WriteRaw("\n");
 }
 
 void TTableDumper::WriteIndent(int indent) {

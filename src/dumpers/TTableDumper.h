@@ -96,11 +96,17 @@ protected:
     void WriteIndent(int indent);
 
 private:
+    // With --color, lines are held until their end, then written wrapped in the
+    // colour of what they show; FlushPendingLine writes a line left open as it is.
+    void WriteColoredLines(std::string_view bytes);
+    void FlushPendingLine();
+
     VellHandle fTable;
     FILE* fOutput;
     VellFontRef fFont;
     bool fNoOutput;
     VellTag fTag = 0x20202020;
+    std::string fPendingLine;
 };
 
 // The printable form of a byte in a hex listing's character column: itself, or

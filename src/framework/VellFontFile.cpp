@@ -7,6 +7,8 @@
 
 #include <cerrno>
 
+#include "framework/VellWebFonts.h"
+
 namespace {
 
 constexpr uint32_t kSfntTrueType = 0x00010000;
@@ -135,6 +137,17 @@ VellMappedFile::~VellMappedFile() {
 
 VellFontListRef VellMakeFontListFromBytes(std::shared_ptr<const VellMappedFile> file,
                                           ErrorRecord* record) {
+    // A web font is read as the sfnt it wraps; that sfnt is never read as a web
+    // font or a resource fork in turn.
+    const bool webFont = VellIsWebFont(file->view());
+    if (webFont) {
+        std::vector<uint8_t> sfnt;
+        if (!VellDecodeWebFont(file->view(), &sfnt)) {
+            record->code = kVellNotAFontErr;
+            return nullptr;
+        }
+        file = VellMappedFile::FromBytes(std::move(sfnt));
+    }
     auto list = std::make_unique<VellFontList>();
     list->file = file;
     VellView bytes = file->view();
@@ -145,7 +158,7 @@ VellFontListRef VellMakeFontListFromBytes(std::shared_ptr<const VellMappedFile> 
         auto font = ReadFont(file, bytes);
         read = font != nullptr;
         if (read) list->fonts.push_back(std::move(font));
-    } else {
+    } else if (!webFont) {
         read = ReadResourceFork(file, *list);
     }
     if (!read) {

@@ -2,9 +2,10 @@
 // table directory of each font.
 //
 // A file is a bare sfnt (version 0x00010000, 'true', 'OTTO' or 'typ1'), a
-// collection ('ttcf', fonts in header order) or a resource-fork font file (the
-// 'sfnt' resources in map order). The file is mapped once; tables are copied out
-// of it only when a caller asks for one.
+// collection ('ttcf', fonts in header order), a resource-fork font file (the
+// 'sfnt' resources in map order) or a WOFF or WOFF2 web font, decoded in memory
+// to the sfnt or collection it holds. The file is mapped once; tables are copied
+// out of it only when a caller asks for one.
 #pragma once
 
 #include <any>
@@ -57,7 +58,7 @@ using VellFontListRef = std::unique_ptr<VellFontList>;
 
 // Opens the file and lists its fonts. On failure returns null with the record's
 // code set: kVellIOErr when the file could not be read, kVellNotAFontErr when it
-// holds no font, kVellNoFileErr for an unfilled reference.
+// holds no font (or is a damaged web font), kVellNoFileErr for an unfilled reference.
 VellFontListRef VellFSSpecToFontList(const VellFSSpec& fileRef, int32_t flags, uint32_t* count,
                                      ErrorRecord* record);
 void VellDisposeAndCloseFontList(uint32_t count, VellFontListRef& list, ErrorRecord* record);

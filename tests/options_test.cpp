@@ -1,0 +1,133 @@
+// The long options, on a real pair: each changes only what it names, and a run
+// without them prints what it always has.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <regex>
+
+#include "support/FontBuilder.h"
+
+using ::testing::HasSubstr;
+
+namespace {
+
+const char kSections[] =
+    "##### Tables added (in modified font and not original font)\n\t'prep' 4 bytes\n##### End tables added\n\n"
+    "##### Tables deleted (in original font but not in modified font)\n#####End tables deleted\n\n"
+    "##### Tables changed\n";
+
+// The report without one table's account, from its header line to its footer.
+std::string WithoutAccount(std::string report, const std::string& tag) {
+    size_t start = report.find("##### Table '" + tag + "'");
+    const std::string footer = "\n#####\n End table\n\n\n";
+    return report.erase(start, report.find(footer, start) + footer.size() - start);
+}
+
+class LongOptions : public ::testing::Test {
+protected:
+    static FontTables Modified() {
+        FontTables font = SampleFont();
+        SetU32(font["head"], 4, 0x00010042);  // fontRevision
+        font["cvt "] = Bytes{0, 1, 0, 3};
+        font["prep"] = Bytes{0xB0, 0, 0, 0};
+        return font;
+    }
+    static FontTables Original() {
+        FontTables font = SampleFont();
+        font["cvt "] = Bytes{0, 1, 0, 2};
+        return font;
+    }
+    TempDir dir;
+    std::string o = dir.Write("o.ttf", BuildSfnt(Original())), m = dir.Write("m.ttf", BuildSfnt(Modified()));
+    std::string plain = RunVellcmp({o, m}).out;
+};
+
+TEST_F(LongOptions, SummaryListsEveryTableWithItsSizesAndNoAccount) {
+    RunResult run = RunVellcmp({"--summary", "--", o, m});
+    EXPECT_EQ(run.out, plain.substr(0, plain.find("##### Tables added")) + kSections +
+                           "\t'head' 54 bytes (54 bytes in the original font)\n"
+                           "\t'cvt ' 4 bytes (4 bytes in the original font)\n#####End tables changed\n\n");
+}
+
+TEST_F(LongOptions, TablesAndExcludeTablesKeepTheTagLinesOfTheOthers) {
+    EXPECT_EQ(RunVellcmp({"--tables=cvt", o, m}).out, WithoutAccount(plain, "head"));
+    EXPECT_EQ(RunVellcmp({"--tables=head,cvt ", o, m}).out, plain);
+    EXPECT_EQ(RunVellcmp({"--exclude-tables=cvt", o, m}).out, WithoutAccount(plain, "cvt "));
+    RunResult run = RunVellcmp({"--tables=head,glyph"});
+    EXPECT_THAT(run.err, HasSubstr("#### ERROR:  Invalid table tag \"glyph\"\n"));
+    EXPECT_EQ(run.status, 1);
+}
+
+TEST_F(LongOptions, ExitCodeSaysIdenticalDifferentOrFailedAsDiffDoes) {
+    std::string twoFonts = dir.Write("two.ttc", BuildCollection({SampleFont(), SampleFont("Other")}));
+    const struct {
+        std::vector<std::string> arguments;
+        int status;
+    } cases[] = {
+        {{"--exit-code", o, o}, 0},
+        {{"--exit-code", o, m}, 1},
+        {{o, m}, 0},
+        {{"--exit-code", o, twoFonts}, 1},  // a font without a partner is a difference
+        {{"--exit-code", o, dir.Path("missing.ttf")}, 2},
+        {{"--exit-code", o}, 2},
+        {{"--exit-code", "-x"}, 2},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(RunVellcmp(c.arguments).status, c.status) << ::testing::PrintToString(c.arguments);
+}
+
+TEST_F(LongOptions, ColorWrapsChangedValuesAndDifferingRowsOnly) {
+    std::string colored = RunVellcmp({"--color=always", o, m}).out;
+    EXPECT_THAT(colored, HasSubstr("\n\x1b[32m\tFont revision (mod ):\t1.66\x1b[0m\n"
+                                   "\x1b[31m\tFont revision (orig):\t1.0\x1b[0m\n"));
+    EXPECT_THAT(colored, HasSubstr("\n\x1b[33m==> 0x00000000\t00 01 00 03 "));
+    EXPECT_EQ(std::regex_replace(colored, std::regex("\x1b\\[[0-9]*m"), ""), plain);
+    EXPECT_EQ(RunVellcmp({"--color=auto", o, m}).out, plain);  // standard output is a file here
+}
+
+TEST_F(LongOptions, AutoColorsATerminalUnlessNoColorIsSet) {
+    for (const char* noColor : {"", "1"}) {
+        int master = posix_openpt(O_RDWR | O_NOCTTY);
+        ASSERT_GE(master, 0);
+        ASSERT_EQ(grantpt(master) | unlockpt(master), 0);
+        std::string terminal = ptsname(master);
+        int slave = open(terminal.c_str(), O_RDWR | O_NOCTTY);  // keeps the terminal open for reading
+        setenv("NO_COLOR", noColor, 1);
+        RunVellcmp({"--color=auto", "--tables=head", "-o", terminal, o, m});
+        unsetenv("NO_COLOR");
+        // The terminal hands the report on asynchronously: read until its last line.
+        std::string shown;
+        char buffer[4096];
+        pollfd ready{master, POLLIN, 0};
+        while (shown.find("#####End tables changed") == std::string::npos && poll(&ready, 1, 5000) > 0) {
+            ssize_t n = read(master, buffer, sizeof buffer);
+            if (n <= 0) break;
+            shown.append(buffer, static_cast<size_t>(n));
+        }
+        EXPECT_EQ(shown.find("\x1b[32m") != std::string::npos, *noColor == '\0') << "NO_COLOR=" << noColor;
+        close(slave);
+        close(master);
+    }
+}
+
+TEST_F(LongOptions, HelpVersionAndUnknownLongOptions) {
+    RunResult help = RunVellcmp({"--help"}), usage = RunVellcmp({"-h"});
+    EXPECT_EQ(help.out.substr(0, usage.out.size()), usage.out);
+    EXPECT_THAT(help.out.substr(usage.out.size()),
+                HasSubstr("Long options:\n\t--summary Print the header and the lists of added, deleted and changed "
+                          "tables, without the tables' accounts\n"));
+    EXPECT_EQ(RunVellcmp({"--version", o, o}).out, RunVellcmp({"-V", o, o}).out);
+    EXPECT_THAT(RunVelldump({"--help"}).out, HasSubstr("\t--color[=WHEN]"));
+
+    RunResult unknown = RunVellcmp({"--frobnicate", o, m});
+    EXPECT_THAT(unknown.err, HasSubstr("#### ERROR:  Unknown option: ?\n"));
+    EXPECT_EQ(unknown.out, plain);
+    EXPECT_EQ(unknown.status, 0);
+    EXPECT_EQ(RunVelldump({"--summary"}).status, 1);  // a vellcmp option velldump does not take
+}
+
+}  // namespace

@@ -10,19 +10,8 @@
 #include "CommandLine.h"
 #include "FontFiles.h"
 #include "VellCmpErrors.h"
-#include "dumpers/MakeTableDumper.h"
+#include "VellDumpFonts.h"
 #include "framework/VellNames.h"
-#include "framework/VellTables.h"
-#include "tables/EBSC.h"
-#include "tables/feat.h"
-#include "tables/glyf.h"
-#include "tables/gvar.h"
-#include "tables/hhea_vhea.h"
-#include "tables/hmtx_vmtx.h"
-#include "tables/hsty.h"
-#include "tables/loca.h"
-#include "tables/mort_morx.h"
-#include "tables/prop.h"
 
 namespace {
 
@@ -44,104 +33,7 @@ void PrintUsage(const std::string& name, bool longOptions) {
     if (longOptions) PrintLongOptionUsage(kVelldumpLongOptions);
 }
 
-// The dumpers that the factory does not make are built here, from the arguments
-// their tables need; every other tag goes to the factory.
-std::unique_ptr<TTableDumper> MakeDumper(VellFontRef font, VellTag tag, FILE* out, ErrorRecord* record) {
-    // A table the framework cannot read is reported here, not by the factory.
-    if (!CanMakeTableDumper(font, tag, record)) return nullptr;
-    VellHandle table = VellGetFontTableHandle(font, tag, nullptr, record);
-    if (record->code != 0) return nullptr;
-    if (!table) return MakeTableDumper(font, tag, out);
-    std::unique_ptr<TTableDumper> dumper;
-    switch (tag) {
-        case VellMakeTag("EBSC"):
-            dumper = std::make_unique<TEBSCTableDumper>(std::move(table), out);
-            break;
-        case VellMakeTag("feat"):
-            dumper = std::make_unique<TFEATTableDumper>(std::move(table), out);
-            break;
-        case VellMakeTag("glyf"):
-            dumper = std::make_unique<TGLYFTableDumper>(std::move(table), out);
-            break;
-        case VellMakeTag("gvar"):
-            dumper = std::make_unique<TGVARTableDumper>(std::move(table), out);
-            break;
-        case VellMakeTag("hsty"):
-            dumper = std::make_unique<THSTYTableDumper>(std::move(table), out);
-            break;
-        case VellMakeTag("loca"):
-            dumper = std::make_unique<TLOCATableDumper>(font, std::move(table), out);
-            break;
-        case VellMakeTag("mort"):
-            dumper = std::make_unique<TMORTTableDumper>(std::move(table), out);
-            break;
-        case VellMakeTag("morx"):
-            dumper = std::make_unique<TMORXTableDumper>(std::move(table), out);
-            break;
-        case VellMakeTag("prop"):
-            dumper = std::make_unique<TPROPTableDumper>(std::move(table), out);
-            break;
-        case VellMakeTag("vhea"):
-            dumper = std::make_unique<TVHEATableDumper>(std::move(table), out);
-            break;
-        case VellMakeTag("vmtx"): {
-            VellHandle post = VellGetFontTableHandle(font, VellMakeTag("post"), nullptr, record);
-            uint16_t longMetrics = VellFontTableView(font, VellMakeTag("vhea")).u16(34);
-            dumper = std::make_unique<TVMTXTableDumper>(std::move(table), post, longMetrics,
-                                                        VellCountFontGlyphs(font, record), out);
-            if (record->code != 0) return nullptr;
-            break;
-        }
-        default:
-            return MakeTableDumper(font, tag, out);
-    }
-    dumper->SetTableTag(tag);
-    dumper->SetFont(font);
-    return dumper;
-}
-
-// Dumps the named tables of one font (all of them, in directory order, when none
-// is named). Returns 1 after a reported failure.
-int DumpFont(VellFontRef font, const std::vector<std::string>& tagTexts) {
-    ErrorRecord record;
-    std::vector<VellTag> tags;
-    for (const std::string& text : tagTexts) tags.push_back(TagFromText(text));
-    if (tags.empty()) {
-        uint32_t count = VellCountFontTables(font, &record);
-        for (uint32_t index = 1; index <= count && record.code == 0; ++index) {
-            VellTag tag = 0;
-            VellGetFontTable(font, index, nullptr, &tag, &record);
-            tags.push_back(tag);
-        }
-        if (record.code != 0) {
-            MapFrameworkError(&record);
-            ReportError(&record);
-            return 1;
-        }
-    }
-    for (VellTag tag : tags) {
-        try {
-            std::unique_ptr<TTableDumper> dumper = MakeDumper(font, tag, gReportFile, &record);
-            if (record.code != 0) {
-                MapFrameworkError(&record);
-                ReportError(&record);
-                return 1;
-            }
-            if (!dumper) {
-                std::fprintf(stderr, "##### WARNING! The font has no '%s' table!\n", VellTagText(tag).c_str());
-                continue;
-            }
-            dumper->DumpTable();
-        } catch (const TVellCmpException&) {
-            record.code = kVellCmpInternalError;
-            ReportError(&record);
-            return 1;
-        }
-    }
-    return 0;
-}
-
-int DumpFontFile(const char* path, const std::vector<std::string>& tags) {
+int DumpFontFile(const char* path, const std::vector<VellTag>& tags) {
     ErrorRecord record;
     VellFSSpec fileRef;
     if (OpenFontFile(path, &fileRef, true) != 0) return 1;
@@ -178,7 +70,8 @@ int main(int argc, char* argv[]) {
     if (options.help || optind == argc) PrintUsage(name, options.longHelp);
     if (options.version) PrintVersion(name);
     if (optind == argc) return error;
-    std::vector<std::string> tags(argv + optind + 1, argv + argc);
+    std::vector<VellTag> tags;
+    for (int arg = optind + 1; arg < argc; ++arg) tags.push_back(TagFromText(argv[arg]));
     if (DumpFontFile(argv[optind], tags) == 0) return error;
     std::fprintf(stderr, "##### ERROR:  Aborting after failure to dump %s.\n", argv[optind]);
     return 1;

@@ -1,6 +1,7 @@
 #include "VellDumpFonts.h"
 
 #include "dumpers/MakeTableDumper.h"
+#include "framework/VellNames.h"
 #include "framework/VellTables.h"
 #include "tables/EBSC.h"
 #include "tables/feat.h"
@@ -16,6 +17,11 @@
 std::unique_ptr<TTableDumper> MakeFontTableDumper(VellFontRef font, VellTag tag, FILE* out, ErrorRecord* record) {
     // A table the framework cannot read is reported here, not by the factory.
     if (!CanMakeTableDumper(font, tag, record)) return nullptr;
+    // The 'feat' listing names its features from 'name', and a name lookup that
+    // fails there ends the run; so a 'name' past the end of the file is reported
+    // first, as the comparison's pairing of fonts does.
+    if (tag == VellMakeTag("feat")) VellCountFontNames(font, record);
+    if (record->code != 0) return nullptr;
     VellHandle table = VellGetFontTableHandle(font, tag, nullptr, record);
     if (record->code != 0) return nullptr;
     if (!table) return MakeTableDumper(font, tag, out);

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fstream>
+#include <functional>
 #include <stdexcept>
 
 #include "VellCmpFonts.h"
@@ -23,7 +25,22 @@ std::string CapturedStream::Text() {
 
 LoadedFont::LoadedFont(const FontTables& tables) : LoadedFont(BuildSfnt(tables)) {}
 
+namespace {
+
+// With VELLCMP_SEED_DIR set, every distinct font the tests build is written there:
+// the fuzzers' seed corpus, one font for each table kind and damage the tests know.
+void KeepAsSeed(const Bytes& fileBytes) {
+    const char* directory = std::getenv("VELLCMP_SEED_DIR");
+    if (directory == nullptr) return;
+    std::string text(fileBytes.begin(), fileBytes.end());
+    std::ofstream(std::string(directory) + "/" + std::to_string(std::hash<std::string>{}(text)), std::ios::binary)
+        << text;
+}
+
+}  // namespace
+
 LoadedFont::LoadedFont(const Bytes& fileBytes) {
+    KeepAsSeed(fileBytes);
     ErrorRecord record;
     fList = VellMakeFontListFromBytes(VellMappedFile::FromBytes(fileBytes), &record);
     if (!fList || fList->entries.empty()) throw std::runtime_error("not a font");

@@ -1,0 +1,33 @@
+// Fuzz target: each font of the fuzzed file compared, both ways, with a real font.
+#include <fstream>
+#include <iterator>
+
+#include "FuzzFonts.h"
+#include "VellCmpFonts.h"
+
+namespace {
+
+const VellFontList& RealFont() {
+    static VellFontListRef list = [] {
+        std::ifstream file(VELLCMP_SOURCE_DIR "/tests/fonts/DejaVuSans-subset.ttf", std::ios::binary);
+        return ListFonts(std::vector<uint8_t>(std::istreambuf_iterator<char>(file), {}));
+    }();
+    return *list;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    VellFontListRef fuzzed = ListFonts(std::vector<uint8_t>(data, data + size));
+    if (!fuzzed) return 0;
+    PrepareRun();
+    VellFontRef real = RealFont().entries[0].font;
+    for (const VellFontListEntry& entry : fuzzed->entries) {
+        if (!NamesReadable(entry.font)) continue;
+        ErrorRecord record;
+        DiffFonts(entry.font, real, &record);
+        ClearUSN(&record);
+        DiffFonts(real, entry.font, &record);
+    }
+    return 0;
+}

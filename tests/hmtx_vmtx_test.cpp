@@ -54,14 +54,18 @@ TEST(Hmtx, DumperLeavesTheGlyphLineOpenWithoutNamesSwitch) {
               dump("\tGlyph:\t0 (.notdef)\n", "\tGlyph:\t1 (space)\n", "\tGlyph:\t2 (A)\n"));
 }
 
-TEST(Hmtx, HostileLongMetricCountReadsZerosAndStaysBounded) {
-    // 65535 long metrics claimed over an 8-byte table: one group per glyph, no more.
-    CapturedStream out;
-    THMTXTableDumper dumper(VelmNewHandle(MakeHmtx({{1000, 0}, {500, 3}})), VellHandle(), 65535, 65535, out.file());
-    dumper.DumpTableContents();
-    std::string text = out.Text();
-    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 3 * 65535);
-    EXPECT_TRUE(text.ends_with("\tGlyph:\t65534\n\t\tAdvance width:\t0\n\t\tLeft-side bearing:\t0\n"));
+TEST(Hmtx, HostileCountsListOnlyTheEntriesTheTableHolds) {
+    // 65535 long metrics, or 65535 glyphs past two long metrics, over a 10-byte table.
+    const std::string twoLong = "\tGlyph:\t0\n\t\tAdvance width:\t1000\n\t\tLeft-side bearing:\t0\n"
+                                "\tGlyph:\t1\n\t\tAdvance width:\t500\n\t\tLeft-side bearing:\t3\n\tGlyph:\t2\n";
+    for (auto [longMetrics, rest] : {std::pair<uint16_t, std::string>{65535, "\t\tAdvance width:\t65529\n\t\tLeft-side bearing:\t0\n"},
+                                     {2, "\t\tAdvance width:\t-7\n"}}) {
+        CapturedStream out;
+        THMTXTableDumper(VelmNewHandle(MakeHmtx({{1000, 0}, {500, 3}}, {-7})), VellHandle(), longMetrics, 65535,
+                         out.file())
+            .DumpTableContents();
+        EXPECT_EQ(out.Text(), twoLong + rest);
+    }
 }
 
 // ---- 'vmtx' ----

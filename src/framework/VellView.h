@@ -64,6 +64,16 @@ public:
         return count < fit ? count : fit;
     }
 
+    // A count read from a font, capped by how many records of recordSize bytes
+    // begin before the end of the view: a last record cut short still counts, and
+    // its missing bytes read as 0.
+    size_t records_that_begin(size_t offset, size_t count, size_t recordSize) const {
+        if (offset >= fSize) return 0;
+        if (recordSize == 0) return count;
+        size_t begin = (fSize - offset + recordSize - 1) / recordSize;
+        return count < begin ? count : begin;
+    }
+
     std::string_view chars(size_t offset, size_t length) const {
         VellView part = sub(offset, length);
         return {reinterpret_cast<const char*>(part.fData), part.fSize};

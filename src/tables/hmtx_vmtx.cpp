@@ -66,9 +66,20 @@ THMTXTableDumper::THMTXTableDumper(VellHandle table, const VellHandle& post, uin
                                    uint32_t glyphCount, FILE* out)
     : TTableDumper(std::move(table), out, nullptr), fFont(post, longMetrics, glyphCount) {}
 
+// The glyphs a dump lists are those whose entries the table holds, however many
+// the font's counts claim: a damaged 'hhea' or 'maxp' cannot make a short table
+// list 65,535 glyphs of zeros.
+uint32_t THMTXTableDumper::LongMetricsShown() const {
+    return static_cast<uint32_t>(GetTableView().records_that_begin(0, fFont.longMetrics, kLongMetricBytes));
+}
+
 void THMTXTableDumper::DumpTrailingSideBearings() {
     VellView table = GetTableView();
-    for (uint32_t glyph = fFont.longMetrics; glyph < fFont.glyphCount; ++glyph) {
+    uint32_t first = fFont.longMetrics;
+    uint32_t shown = first >= fFont.glyphCount ? 0
+                     : static_cast<uint32_t>(table.records_that_begin(kLongMetricBytes * size_t{first},
+                                                                      fFont.glyphCount - first, kSideBearingBytes));
+    for (uint32_t glyph = first; glyph < first + shown; ++glyph) {
         PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
         if (fFont.post) {
             std::string name;
@@ -83,7 +94,7 @@ void THMTXTableDumper::DumpTrailingSideBearings() {
 
 int32_t THMTXTableDumper::DumpTableContents() {
     VellView table = GetTableView();
-    for (uint32_t glyph = 0; glyph < fFont.longMetrics; ++glyph) {
+    for (uint32_t glyph = 0, shown = LongMetricsShown(); glyph < shown; ++glyph) {
         // Without -p the "Glyph" line stays open and the advance width goes on it.
         PrintGlyphField(1, "Glyph", glyph, false, true);
         LongMetric metric = LongMetricAt(table, glyph);
@@ -96,7 +107,7 @@ int32_t THMTXTableDumper::DumpTableContents() {
 
 int32_t TVMTXTableDumper::DumpTableContents() {
     VellView table = GetTableView();
-    for (uint32_t glyph = 0; glyph < fFont.longMetrics; ++glyph) {
+    for (uint32_t glyph = 0, shown = LongMetricsShown(); glyph < shown; ++glyph) {
         PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
         PrintNameLine(*this, fFont.post, glyph);
         LongMetric metric = LongMetricAt(table, glyph);

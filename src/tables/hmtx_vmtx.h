@@ -22,6 +22,8 @@ public:
     int GetHandlerKind() const override { return 13; }
 
 protected:
+    // How many long metrics the dump lists: no more than the table begins.
+    uint32_t LongMetricsShown() const;
     // The glyphs past the long metrics, each with its name line and its side bearing.
     void DumpTrailingSideBearings();
 

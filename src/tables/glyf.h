@@ -21,4 +21,7 @@ public:
                          VellFontRef originalFont, FILE* out);
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 26; }
+
+    // One glyph's data block, with its points listed without their flags.
+    void PrintGlyph(const VellHandle& glyphData);
 };

@@ -1,12 +1,118 @@
 #include "tables/loca.h"
 
-TLOCATableDumper::TLOCATableDumper(VellFontRef, VellHandle table, FILE* out)
-    : TTableDumper(std::move(table), out, nullptr) {}
+#include <algorithm>
 
-int32_t TLOCATableDumper::DumpTableContents() { return 0; }
+#include "VellCmpErrors.h"
+#include "framework/VellGlyphData.h"
+#include "framework/VellGlyphs.h"
+#include "framework/VellTables.h"
 
-TLOCATableComparator::TLOCATableComparator(VellFontRef, VellHandle modifiedTable, const VellHandle&, VellFontRef,
-                                           VellHandle originalTable, const VellHandle&, FILE* out)
-    : TTableComparator(std::move(modifiedTable), std::move(originalTable), out) {}
+namespace {
 
-int32_t TLOCATableComparator::DumpTableContents() { return 0; }
+constexpr size_t kOffsetBytes = 4;
+
+uint32_t OffsetAt(const VellHandle& longOffsets, uint32_t glyph) {
+    return VelmView(longOffsets).u32(kOffsetBytes * size_t{glyph});
+}
+
+// The font's glyph count and its offsets in long form.
+void ReadOffsets(VellFontRef font, uint32_t* glyphCount, VellHandle* longOffsets) {
+    ErrorRecord record;
+    *glyphCount = VellCountFontGlyphs(font, &record);
+    ThrowIfVellError(record);
+    *longOffsets = VellMakeLongLOCA(font, &record);
+    ThrowIfVellError(record);
+}
+
+VellHandle CopyPost(const VellHandle& post) {
+    ErrorRecord record;
+    VellHandle copy = VelmHandToHand(post, &record);
+    ThrowIfVellError(record);
+    return copy;
+}
+
+// The glyph's name from a font's 'post' copy; empty without one or past the
+// font's glyphs.
+std::string PostScriptName(const VellHandle& post, uint32_t glyphCount, uint32_t glyph) {
+    std::string name;
+    if (!post || glyph >= glyphCount) return name;
+    int32_t status = VellFindPSGlyphNameFromTable(post, glyph, &name);
+    if (status != 0) throw TVellCmpVellException(status);
+    return name;
+}
+
+}  // namespace
+
+// ---- Dumper ----
+
+TLOCATableDumper::TLOCATableDumper(VellFontRef font, VellHandle table, FILE* out)
+    : TTableDumper(std::move(table), out, nullptr) {
+    ReadOffsets(font, &fGlyphCount, &fLongOffsets);
+    if (gVerbose) std::fprintf(stderr, "\tCreated a 'loca' table dumper\n");
+}
+
+int32_t TLOCATableDumper::DumpTableContents() {
+    if (!GetTableHandle() || GetOutputFile() == nullptr) return 1;
+    for (uint32_t glyph = 0; glyph < fGlyphCount; ++glyph) {
+        PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
+        PrintInt32Field(2, "Offset", static_cast<int32_t>(OffsetAt(fLongOffsets, glyph)), true, true);
+    }
+    return 0;
+}
+
+// ---- Comparator ----
+
+TLOCATableComparator::TLOCATableComparator(VellFontRef modifiedFont, VellHandle modifiedTable,
+                                           const VellHandle& modifiedPost, VellFontRef originalFont,
+                                           VellHandle originalTable, const VellHandle& originalPost, FILE* out)
+    : TTableComparator(std::move(modifiedTable), std::move(originalTable), out) {
+    if (gVerbose) std::fprintf(stderr, "\tCreating a 'loca' table comparator\n");
+    fModifiedPost = CopyPost(modifiedPost);
+    fOriginalPost = CopyPost(originalPost);
+    ReadOffsets(modifiedFont, &fModifiedGlyphs, &fModifiedOffsets);
+    ReadOffsets(originalFont, &fOriginalGlyphs, &fOriginalOffsets);
+    if (gVerbose) std::fprintf(stderr, "\tCreated a 'loca' table comparator\n");
+}
+
+void TLOCATableComparator::PrintGlyphHeading(uint32_t glyph) {
+    PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
+    // Printed whether or not glyph names are switched on; two glyphs without
+    // names agree, and get an empty name line.
+    std::string modifiedName = PostScriptName(fModifiedPost, fModifiedGlyphs, glyph);
+    std::string originalName = PostScriptName(fOriginalPost, fOriginalGlyphs, glyph);
+    if (modifiedName == originalName) {
+        PrintLine("\t\tName:\t" + modifiedName, true);
+        return;
+    }
+    if (glyph < fModifiedGlyphs) PrintLine("\t\tName (mod ):\t" + modifiedName, true);
+    if (glyph < fOriginalGlyphs) PrintLine("\t\tName (orig):\t" + originalName, true);
+}
+
+int32_t TLOCATableComparator::DumpTableContents() {
+    if (!HasBothTables()) return 1;
+    uint32_t sharedGlyphs = std::min(fModifiedGlyphs, fOriginalGlyphs);
+    uint32_t allGlyphs = std::max(fModifiedGlyphs, fOriginalGlyphs);
+    if (gVerbose) std::fprintf(stderr, "\tDumping 'loca' table deltas\n");
+    for (uint32_t glyph = 0; glyph < sharedGlyphs; ++glyph) {
+        uint32_t modified = OffsetAt(fModifiedOffsets, glyph), original = OffsetAt(fOriginalOffsets, glyph);
+        if (modified == original) continue;
+        PrintGlyphHeading(glyph);
+        PrintInt32Field(2, ModLabel("Offset"), static_cast<int32_t>(modified), true, true);
+        PrintInt32Field(2, OrigLabel("Offset"), static_cast<int32_t>(original), true, true);
+    }
+    // The closing offset after each font's last glyph is neither compared nor listed.
+    const VellHandle* extra = &fModifiedOffsets;
+    if (sharedGlyphs < fModifiedGlyphs) {
+        if (gVerbose) std::fprintf(stderr, "\tFound entries for added glyphs\n");
+        PrintLine("\n\n\tOffsets for added glyphs:", true);
+    } else if (sharedGlyphs < fOriginalGlyphs) {
+        if (gVerbose) std::fprintf(stderr, "\tFound entries for deleted glyphs\n");
+        PrintLine("\n\n\tOffsets for deleted glyphs:", true);
+        extra = &fOriginalOffsets;
+    }
+    for (uint32_t glyph = sharedGlyphs; glyph < allGlyphs; ++glyph) {
+        PrintGlyphHeading(glyph);
+        PrintInt32Field(2, "Offset", static_cast<int32_t>(OffsetAt(*extra, glyph)), true, true);
+    }
+    return 0;
+}

@@ -12,6 +12,10 @@ public:
     TLOCATableDumper(VellFontRef font, VellHandle table, FILE* out);
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 17; }
+
+private:
+    uint32_t fGlyphCount;
+    VellHandle fLongOffsets;  // glyph count + 1 offsets, 32 bits each
 };
 
 class TLOCATableComparator : public TTableComparator {
@@ -19,9 +23,19 @@ public:
     // (modified font, modified table, modified 'post', original font, original
     // table, original 'post', out); the 'post' tables are copied.
     TLOCATableComparator(VellFontRef modifiedFont, VellHandle modifiedTable, const VellHandle& modifiedPost,
-                         VellFontRef originalFont, VellHandle originalTable, const VellHandle& originalPost,
-                         FILE* out);
+                         VellFontRef originalFont, VellHandle originalTable, const VellHandle& originalPost, FILE* out);
     // Replaces the comparison frame: no original size, no "No changes" line.
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 17; }
+
+private:
+    // The "Glyph" line and the glyph's names under it.
+    void PrintGlyphHeading(uint32_t glyph);
+
+    VellHandle fModifiedPost;
+    VellHandle fModifiedOffsets;
+    uint32_t fModifiedGlyphs = 0;
+    VellHandle fOriginalPost;
+    VellHandle fOriginalOffsets;
+    uint32_t fOriginalGlyphs = 0;
 };

@@ -22,7 +22,7 @@ namespace {
 constexpr size_t kReportPerFontByte = 50;
 constexpr size_t kReportFloor = 16u << 20;
 constexpr auto kRunLimit = std::chrono::seconds(10);
-constexpr int kVariantsPerTableAndDamage = 10;
+constexpr int kVariantsPerTableAndDamage = 25;
 // One variant in this many also runs through the tools as a process.
 constexpr int kProcessEvery = 40;
 

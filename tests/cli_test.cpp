@@ -137,61 +137,46 @@ TEST_F(Cli, MissingFilesAndDirectories) {
     EXPECT_EQ(run.status, 1);
 }
 
-TEST_F(Cli, FilesThatAreNotFontsFailWithTheFrameworkMessage) {
-    std::string text = dir.Write("notes.txt", Bytes{'h', 'e', 'l', 'l', 'o', '\n'});
-    std::string empty = dir.Write("empty.ttf", Bytes{});
-    Bytes sfnt = BuildSfnt(SampleFont());
-    std::string truncated = dir.Write("truncated.ttf", Bytes(sfnt.begin(), sfnt.begin() + 40));
-    for (const std::string& bad : {text, empty, truncated}) {
-        RunResult run = RunVellcmp({bad, b});
-        EXPECT_EQ(run.err, "##### ERROR: The Vellkit reported a problem.\n"
-                           "\tSource file vellcmp/Source/main, line 220\n"
-                           "##### ERROR:  Aborting after failure to diff " + b + " and " + bad + ".\n")
-            << bad;
-        EXPECT_EQ(run.status, 1);
-    }
-}
-
-TEST_F(Cli, ATableOutsideTheFileFailsWhenItIsRead) {
-    Bytes modified = BuildSfnt(SampleFont());
-    SetU32(modified, 12 + 8, 0x00FFFFF0);  // the first directory entry's offset ('head')
-    std::string m = dir.Write("m.ttf", modified);
-    RunResult run = RunVellcmp({a, m});
-    EXPECT_EQ(run.err, "##### ERROR: The Vellkit reported a problem.\n"
-                       "\tSource file vellcmp/Source/VellCmpFonts, line 75\n"
-                       "##### ERROR:  Aborting after failure to diff " + m + " and " + a + ".\n");
-    EXPECT_THAT(run.out, HasSubstr("##### Tables changed\n"));
-    EXPECT_EQ(run.status, 1);
-}
-
-TEST_F(Cli, AFontCutShortFailsOnEitherSideAndWhenDumped) {
-    // Cut inside 'name', the last table: the directory survives, but the entry for
-    // 'name' now runs past the end of the file, so the lookups that pair fonts fail.
-    Bytes sfnt = BuildSfnt(SampleFont());
-    std::string cut = dir.Write("cut.ttf", Bytes(sfnt.begin(), sfnt.end() - 60));
-    auto framework = [](const std::string& line) {
-        return "##### ERROR: The Vellkit reported a problem.\n\tSource file vellcmp/Source/main, line " + line + "\n";
+TEST_F(Cli, EachDamagedFileFailsWithALineSayingWhy) {
+    Bytes sfnt = BuildSfnt(SampleFont()), collection = BuildCollection({SampleFont("One"), SampleFont("Two")});
+    Bytes wrongOffset = collection, headOutside = sfnt;
+    SetU32(wrongOffset, 16, 0x00FFFFF0);  // the second font's offset
+    SetU32(headOutside, 12 + 8, 0x00FFFFF0);  // the first directory entry's offset ('head')
+    // Cut inside 'name', the last table: the directory survives, but 'name' runs
+    // past the end of the file, so the lookups that pair the fonts fail.
+    Bytes cutName(sfnt.begin(), sfnt.end() - 60);
+    const std::string truncated = " table runs past the end of the file (a truncated font?)";
+    const struct {
+        Bytes file;
+        bool asOriginal;
+        std::string why, source;
+    } cases[] = {
+        {{'h', 'e', 'l', 'l', 'o', '\n'}, false,
+         "not a font file: it begins with no font, collection, web font or resource fork header", "main, line 212"},
+        {{}, false, "the file is empty", "main, line 212"},
+        {Bytes(sfnt.begin(), sfnt.begin() + 40), false,
+         "the font's table directory runs past the end of the file (a truncated font?)", "main, line 212"},
+        {Bytes(collection.begin(), collection.begin() + 14), false,
+         "the collection's list of fonts is empty or runs past the end of the file", "main, line 212"},
+        {wrongOffset, false, "a font of the collection lies past the end of the file", "main, line 212"},
+        {cutName, false, "the 'name'" + truncated, "main, line 241"},
+        {cutName, true, "the 'name'" + truncated, "main, line 359"},
+        {headOutside, false, "the 'head'" + truncated, "VellCmpFonts, line 75"},
     };
-    RunResult run = RunVellcmp({a, cut});
-    EXPECT_EQ(run.err, framework("241") + "##### ERROR:  Aborting after failure to diff " + cut + " and " + a + ".\n");
-    EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.status, 1);
-    run = RunVellcmp({cut, a});
-    EXPECT_EQ(run.err, framework("359") + "##### ERROR:  Aborting after failure to diff " + a + " and " + cut + ".\n");
-    EXPECT_EQ(run.status, 1);
-    run = RunVelldump({cut, "name"});
-    EXPECT_EQ(run.err, "##### ERROR: The Vellkit reported a problem.\n"
-                       "##### ERROR:  Aborting after failure to dump " + cut + ".\n");
-    EXPECT_EQ(run.status, 1);
-
-    // Cut inside a directory, or inside a collection's header: no font at all.
-    Bytes collection = BuildCollection({SampleFont("One"), SampleFont("Two")});
-    for (const Bytes& bytes : {Bytes(sfnt.begin(), sfnt.begin() + 40), Bytes(collection.begin(), collection.begin() + 14)}) {
-        std::string bad = dir.Write("bad.ttf", bytes);
-        run = RunVellcmp({bad, b});
-        EXPECT_EQ(run.err, framework("220") + "##### ERROR:  Aborting after failure to diff " + b + " and " + bad + ".\n");
+    for (const auto& [file, asOriginal, why, source] : cases) {
+        std::string bad = dir.Write("bad.ttf", file);
+        RunResult run = asOriginal ? RunVellcmp({bad, a}) : RunVellcmp({a, bad});
+        EXPECT_EQ(run.err, "##### ERROR: The Vellkit reported a problem.\n\t" + bad + ": " + why +
+                               "\n\tSource file vellcmp/Source/" + source + "\n##### ERROR:  Aborting after failure to diff " +
+                               (asOriginal ? a + " and " + bad : bad + " and " + a) + ".\n")
+            << why;
         EXPECT_EQ(run.status, 1);
     }
+    std::string cut = dir.Write("cut.ttf", cutName);
+    RunResult run = RunVelldump({cut, "name"});
+    EXPECT_EQ(run.err, "##### ERROR: The Vellkit reported a problem.\n\t" + cut + ": the 'name'" + truncated +
+                           "\n##### ERROR:  Aborting after failure to dump " + cut + ".\n");
+    EXPECT_EQ(run.status, 1);
 }
 
 TEST_F(Cli, FontsArePairedByFullNameAcrossCollections) {

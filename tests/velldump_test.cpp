@@ -78,8 +78,9 @@ TEST(Velldump, ATableOutsideTheFileIsReportedNotDumped) {
     std::string path = dir.Write("a.ttf", file);
     RunResult run = RunVelldump({path, "maxp", "head", "hhea"});
     EXPECT_EQ(run.out, kMaxpDump);
-    EXPECT_EQ(run.err, "##### ERROR: The Vellkit reported a problem.\n"
-                       "##### ERROR:  Aborting after failure to dump " + path + ".\n");
+    EXPECT_EQ(run.err, "##### ERROR: The Vellkit reported a problem.\n\t" + path +
+                           ": the 'head' table runs past the end of the file (a truncated font?)\n"
+                           "##### ERROR:  Aborting after failure to dump " + path + ".\n");
     EXPECT_EQ(run.status, 1);
 }
 

@@ -1,6 +1,8 @@
 // Web fonts: a WOFF and a WOFF2 made from a font report exactly as the font does,
 // and damaged or bomb-like ones fail with the framework's error line.
 #include <gtest/gtest.h>
+
+#include <tuple>
 #include <woff2/encode.h>
 #include <zlib.h>
 
@@ -115,23 +117,27 @@ TEST_F(WebFonts, DamagedAndBombLikeFilesFailAsFontsThatCannotBeRead) {
     };
     size_t cvt = 44;  // the directory entry of 'cvt ', 200 bytes stored as a zlib stream
     while (woff[cvt] != 'c') cvt += 20;
-    const std::pair<const char*, Bytes> cases[] = {
-        {"WOFF cut short", Bytes(woff.begin(), woff.end() - 40)},
-        {"WOFF2 cut short", Bytes(woff2.begin(), woff2.end() - 40)},
-        {"WOFF totalSfntSize past 100 times the file", patched(woff, 16, 100 * woff.size() + 1)},
-        {"WOFF2 totalSfntSize past 100 times the file", patched(woff2, 16, 100 * woff2.size() + 1)},
-        {"WOFF table claiming 2 GB", patched(woff, cvt + 12, 0x7FFFFFFF)},
-        {"WOFF stream longer than its table", patched(woff, cvt + 12, 199)},
-        {"WOFF stream shorter than its table", patched(woff, cvt + 12, 201)},
-        {"WOFF of a zero-filled table", BuildWOFF(zeros)},
-        {"WOFF2 of a zero-filled table", BuildWOFF2(BuildSfnt(zeros))},
+    const std::string damagedWOFF = "a damaged WOFF file: its tables do not decode to what its directory claims";
+    const std::string damagedWOFF2 = "a damaged WOFF2 file: its tables do not decode to what its directory claims";
+    const std::string tooLarge = "a web font that would decode to more than 100 times its size, or 256 MB";
+    const std::tuple<const char*, Bytes, std::string> cases[] = {
+        {"WOFF cut short", Bytes(woff.begin(), woff.end() - 40), damagedWOFF},
+        {"WOFF2 cut short", Bytes(woff2.begin(), woff2.end() - 40), damagedWOFF2},
+        {"WOFF totalSfntSize past 100 times the file", patched(woff, 16, 100 * woff.size() + 1), tooLarge},
+        {"WOFF2 totalSfntSize past 100 times the file", patched(woff2, 16, 100 * woff2.size() + 1), tooLarge},
+        {"WOFF table claiming 2 GB", patched(woff, cvt + 12, 0x7FFFFFFF), tooLarge},
+        {"WOFF stream longer than its table", patched(woff, cvt + 12, 199), damagedWOFF},
+        {"WOFF stream shorter than its table", patched(woff, cvt + 12, 201), damagedWOFF},
+        {"WOFF of a zero-filled table", BuildWOFF(zeros), tooLarge},
+        {"WOFF2 of a zero-filled table", BuildWOFF2(BuildSfnt(zeros)), tooLarge},
     };
     std::string o = dir.Write("o.ttf", BuildSfnt(original));
-    for (const auto& [name, bytes] : cases) {
+    for (const auto& [name, bytes, why] : cases) {
         std::string bad = dir.Write("bad", bytes);
         RunResult run = RunVellcmp({o, bad});
-        EXPECT_EQ(run.err, "##### ERROR: The Vellkit reported a problem.\n\tSource file vellcmp/Source/main, line 212\n"
-                           "##### ERROR:  Aborting after failure to diff " + bad + " and " + o + ".\n")
+        EXPECT_EQ(run.err, "##### ERROR: The Vellkit reported a problem.\n\t" + bad + ": " + why +
+                               "\n\tSource file vellcmp/Source/main, line 212\n"
+                               "##### ERROR:  Aborting after failure to diff " + bad + " and " + o + ".\n")
             << name;
         EXPECT_EQ(run.status, 1) << name;
     }

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
 #include "framework/VellWebFonts.h"
 
@@ -31,11 +32,17 @@ bool IsSfntVersion(uint32_t version) {
 // font unreadable; an entry that points outside the data is kept, and the call
 // that later reads that table fails.
 std::unique_ptr<VellFont> ReadFont(const std::shared_ptr<const VellMappedFile>& file, VellView data,
-                                   size_t headerOffset = 0) {
+                                   const char** why, size_t headerOffset = 0) {
     VellView header = data.sub(headerOffset);
-    if (!IsSfntVersion(header.u32(0)) || !header.has(0, kOffsetTableSize)) return nullptr;
+    if (!IsSfntVersion(header.u32(0))) {
+        *why = "no font begins where its header should be";
+        return nullptr;
+    }
     uint16_t numTables = header.u16(4);
-    if (!header.has(kOffsetTableSize, size_t{numTables} * kDirectoryEntrySize)) return nullptr;
+    if (!header.has(0, kOffsetTableSize) || !header.has(kOffsetTableSize, size_t{numTables} * kDirectoryEntrySize)) {
+        *why = "the font's table directory runs past the end of the file (a truncated font?)";
+        return nullptr;
+    }
     auto font = std::make_unique<VellFont>();
     font->file = file;
     font->data = data;
@@ -47,14 +54,20 @@ std::unique_ptr<VellFont> ReadFont(const std::shared_ptr<const VellMappedFile>& 
     return font;
 }
 
-bool ReadCollection(const std::shared_ptr<const VellMappedFile>& file, VellFontList& list) {
+bool ReadCollection(const std::shared_ptr<const VellMappedFile>& file, VellFontList& list, const char** why) {
     VellView bytes = file->view();
     uint32_t numFonts = bytes.u32(8);
-    if (numFonts == 0 || bytes.records_that_fit(12, numFonts, 4) != numFonts) return false;
+    if (numFonts == 0 || bytes.records_that_fit(12, numFonts, 4) != numFonts) {
+        *why = "the collection's list of fonts is empty or runs past the end of the file";
+        return false;
+    }
     for (uint32_t i = 0; i < numFonts; ++i) {
         // Table offsets in a collection count from the start of the file.
-        auto font = ReadFont(file, bytes, bytes.u32(12 + 4 * i));
-        if (!font) return false;
+        auto font = ReadFont(file, bytes, why, bytes.u32(12 + 4 * i));
+        if (!font) {
+            if (bytes.u32(12 + 4 * i) >= bytes.size()) *why = "a font of the collection lies past the end of the file";
+            return false;
+        }
         list.fonts.push_back(std::move(font));
     }
     return true;
@@ -63,13 +76,16 @@ bool ReadCollection(const std::shared_ptr<const VellMappedFile>& file, VellFontL
 // A resource-fork font file: a 16-byte header (data offset, map offset, data
 // length, map length), resource data, and a map whose type list names the 'sfnt'
 // resources. Each resource's data is a 4-byte length followed by an sfnt.
-bool ReadResourceFork(const std::shared_ptr<const VellMappedFile>& file, VellFontList& list) {
+bool ReadResourceFork(const std::shared_ptr<const VellMappedFile>& file, VellFontList& list, const char** why) {
     VellView bytes = file->view();
     uint32_t dataOffset = bytes.u32(0), mapOffset = bytes.u32(4);
     uint32_t dataLength = bytes.u32(8), mapLength = bytes.u32(12);
+    *why = bytes.empty() ? "the file is empty"
+                         : "not a font file: it begins with no font, collection, web font or resource fork header";
     if (dataOffset < 16 || !bytes.has(dataOffset, dataLength) || !bytes.has(mapOffset, mapLength) ||
         mapLength < 28)
         return false;
+    *why = "the resource fork holds no readable 'sfnt' resource";
     VellView data = bytes.sub(dataOffset, dataLength);
     VellView map = bytes.sub(mapOffset, mapLength);
     VellView typeList = map.sub(map.u16(24));
@@ -84,7 +100,7 @@ bool ReadResourceFork(const std::shared_ptr<const VellMappedFile>& file, VellFon
             if (!data.has(resourceOffset, 4)) return false;
             uint32_t length = data.u32(resourceOffset);
             if (!data.has(resourceOffset + size_t{4}, length)) return false;
-            auto font = ReadFont(file, data.sub(resourceOffset + size_t{4}, length));
+            auto font = ReadFont(file, data.sub(resourceOffset + size_t{4}, length), why);
             if (!font) return false;
             list.fonts.push_back(std::move(font));
         }
@@ -94,23 +110,28 @@ bool ReadResourceFork(const std::shared_ptr<const VellMappedFile>& file, VellFon
 
 }  // namespace
 
-std::shared_ptr<const VellMappedFile> VellMappedFile::Open(const std::string& path, int32_t* status) {
+std::shared_ptr<const VellMappedFile> VellMappedFile::Open(const std::string& path, int32_t* status,
+                                                           std::string* why) {
     *status = kVellNoErr;
     int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) {
         *status = kVellIOErr;
+        if (why) *why = std::strerror(errno);
         return nullptr;
     }
     struct stat info {};
     if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+        if (why) *why = S_ISDIR(info.st_mode) ? "a directory, not a font file" : "not a regular file";
         ::close(fd);
         *status = S_ISDIR(info.st_mode) ? kVellNotAFontErr : kVellIOErr;
         return nullptr;
     }
     std::shared_ptr<VellMappedFile> file(new VellMappedFile());
+    file->fPath = path;
     if (info.st_size > 0) {
         void* mapping = ::mmap(nullptr, static_cast<size_t>(info.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
         if (mapping == MAP_FAILED) {
+            if (why) *why = std::strerror(errno);
             ::close(fd);
             *status = kVellIOErr;
             return nullptr;
@@ -123,8 +144,9 @@ std::shared_ptr<const VellMappedFile> VellMappedFile::Open(const std::string& pa
     return file;
 }
 
-std::shared_ptr<const VellMappedFile> VellMappedFile::FromBytes(std::vector<uint8_t> bytes) {
+std::shared_ptr<const VellMappedFile> VellMappedFile::FromBytes(std::vector<uint8_t> bytes, std::string path) {
     std::shared_ptr<VellMappedFile> file(new VellMappedFile());
+    file->fPath = std::move(path);
     file->fOwned = std::move(bytes);
     file->fData = file->fOwned.data();
     file->fSize = file->fOwned.size();
@@ -139,32 +161,33 @@ VellFontListRef VellMakeFontListFromBytes(std::shared_ptr<const VellMappedFile> 
                                           ErrorRecord* record) {
     // A web font is read as the sfnt it wraps; that sfnt is never read as a web
     // font or a resource fork in turn.
+    const std::string path = file->path();
+    auto fail = [&](const char* why) {
+        record->code = kVellNotAFontErr;
+        VellSetErrorName(record, path.empty() ? why : path + ": " + why);
+        return nullptr;
+    };
     const bool webFont = VellIsWebFont(file->view());
     if (webFont) {
         std::vector<uint8_t> sfnt;
-        if (!VellDecodeWebFont(file->view(), &sfnt)) {
-            record->code = kVellNotAFontErr;
-            return nullptr;
-        }
-        file = VellMappedFile::FromBytes(std::move(sfnt));
+        if (const char* why = VellDecodeWebFont(file->view(), &sfnt)) return fail(why);
+        file = VellMappedFile::FromBytes(std::move(sfnt), path);
     }
     auto list = std::make_unique<VellFontList>();
     list->file = file;
     VellView bytes = file->view();
+    const char* why = "the web font holds no font";
     bool read = false;
     if (bytes.u32(0) == kCollection) {
-        read = ReadCollection(file, *list);
+        read = ReadCollection(file, *list, &why);
     } else if (IsSfntVersion(bytes.u32(0))) {
-        auto font = ReadFont(file, bytes);
+        auto font = ReadFont(file, bytes, &why);
         read = font != nullptr;
         if (read) list->fonts.push_back(std::move(font));
     } else if (!webFont) {
-        read = ReadResourceFork(file, *list);
+        read = ReadResourceFork(file, *list, &why);
     }
-    if (!read) {
-        record->code = kVellNotAFontErr;
-        return nullptr;
-    }
+    if (!read) return fail(why);
     for (const auto& font : list->fonts) list->entries.push_back({font.get()});
     return list;
 }
@@ -177,9 +200,11 @@ VellFontListRef VellFSSpecToFontList(const VellFSSpec& fileRef, int32_t, uint32_
         return nullptr;
     }
     int32_t status = kVellNoErr;
-    auto file = VellMappedFile::Open(fileRef.path, &status);
+    std::string why;
+    auto file = VellMappedFile::Open(fileRef.path, &status, &why);
     if (!file) {
         record->code = status;
+        VellSetErrorName(record, fileRef.path + ": " + why);
         return nullptr;
     }
     auto list = VellMakeFontListFromBytes(file, record);

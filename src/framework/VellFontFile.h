@@ -65,6 +65,7 @@ void VellDisposeAndCloseFontList(uint32_t count, VellFontListRef& list, ErrorRec
 void VellDisposeFontList(VellFontListRef& list, uint32_t count, ErrorRecord* record);
 
 // Lists the fonts held in a block of bytes (the parsing behind VellFSSpecToFontList).
+// A failure says why in the record's name text, after the file's path.
 VellFontListRef VellMakeFontListFromBytes(std::shared_ptr<const VellMappedFile> file,
                                           ErrorRecord* record);
 
@@ -72,16 +73,21 @@ VellFontListRef VellMakeFontListFromBytes(std::shared_ptr<const VellMappedFile> 
 // built in memory).
 class VellMappedFile {
 public:
-    static std::shared_ptr<const VellMappedFile> Open(const std::string& path, int32_t* status);
-    static std::shared_ptr<const VellMappedFile> FromBytes(std::vector<uint8_t> bytes);
+    // On failure, null with the status and, in words, why.
+    static std::shared_ptr<const VellMappedFile> Open(const std::string& path, int32_t* status,
+                                                      std::string* why = nullptr);
+    static std::shared_ptr<const VellMappedFile> FromBytes(std::vector<uint8_t> bytes, std::string path = {});
     ~VellMappedFile();
     VellMappedFile(const VellMappedFile&) = delete;
     VellMappedFile& operator=(const VellMappedFile&) = delete;
 
     VellView view() const { return VellView(fData, fSize); }
+    // The path the file was opened from; empty for bytes built in memory.
+    const std::string& path() const { return fPath; }
 
 private:
     VellMappedFile() = default;
+    std::string fPath;
     const uint8_t* fData = nullptr;
     size_t fSize = 0;
     void* fMapping = nullptr;

@@ -11,11 +11,20 @@ const VellTableEntry* FindEntry(VellFontRef font, VellTag tag) {
     return nullptr;
 }
 
-// The bytes of a directory entry, or false when they lie outside the font's data.
-bool EntryBytes(VellFontRef font, const VellTableEntry& entry, VellView* bytes) {
-    if (!font->data.has(entry.offset, entry.length)) return false;
-    *bytes = font->data.sub(entry.offset, entry.length);
-    return true;
+// The bytes of a directory entry, or false when they lie outside the font's data:
+// then the record says which table of which file, as a truncated font shows it.
+bool EntryBytes(VellFontRef font, const VellTableEntry& entry, VellView* bytes, ErrorRecord* record) {
+    if (font->data.has(entry.offset, entry.length)) {
+        *bytes = font->data.sub(entry.offset, entry.length);
+        return true;
+    }
+    if (record != nullptr) {
+        record->code = kVellBadTableErr;
+        const std::string& path = font->file->path();
+        VellSetErrorName(record, (path.empty() ? "" : path + ": ") + "the '" + VellTagText(entry.tag) +
+                                     "' table runs past the end of the file (a truncated font?)");
+    }
+    return false;
 }
 
 bool CheckFont(VellFontRef font, ErrorRecord* record) {
@@ -57,10 +66,7 @@ void VellFindFontTableParts(VellFontRef font, VellTag tag, uint32_t offset, uint
         record->code = kVellParamErr;
         return;
     }
-    if (!EntryBytes(font, *entry, &bytes)) {
-        record->code = kVellBadTableErr;
-        return;
-    }
+    if (!EntryBytes(font, *entry, &bytes, record)) return;
     if (!bytes.has(offset, length)) {
         record->code = kVellParamErr;
         return;
@@ -74,10 +80,7 @@ VellHandle VellGetFontTableHandle(VellFontRef font, VellTag tag, uint32_t* size,
     const VellTableEntry* entry = FindEntry(font, tag);
     if (entry == nullptr) return nullptr;
     VellView bytes;
-    if (!EntryBytes(font, *entry, &bytes)) {
-        record->code = kVellBadTableErr;
-        return nullptr;
-    }
+    if (!EntryBytes(font, *entry, &bytes, record)) return nullptr;
     if (size != nullptr) *size = entry->length;
     return VelmNewHandle({bytes.data(), bytes.size()});
 }
@@ -89,10 +92,7 @@ VellHandle VellGetFontTablePtr(VellFontRef font, VellTag tag, uint32_t* size, Er
     const VellTableEntry* entry = FindEntry(font, tag);
     if (entry == nullptr) return nullptr;
     VellView bytes;
-    if (!EntryBytes(font, *entry, &bytes)) {
-        record->code = kVellBadTableErr;
-        return nullptr;
-    }
+    if (!EntryBytes(font, *entry, &bytes, record)) return nullptr;
     VellView part = bytes.sub(0, wanted);
     *size = static_cast<uint32_t>(part.size());
     return VelmNewHandle({part.data(), part.size()});
@@ -111,9 +111,6 @@ VellView VellFontTableView(VellFontRef font, VellTag tag, ErrorRecord* record) {
     const VellTableEntry* entry = FindEntry(font, tag);
     VellView bytes;
     if (entry == nullptr) return {};
-    if (!EntryBytes(font, *entry, &bytes)) {
-        if (record != nullptr) record->code = kVellBadTableErr;
-        return {};
-    }
+    if (!EntryBytes(font, *entry, &bytes, record)) return {};
     return bytes;
 }

@@ -23,4 +23,10 @@ void VellSetErrorSource(ErrorRecord* record, const char* sourceFile, int32_t lin
     record->sourceLine = line;
 }
 
+void VellSetErrorName(ErrorRecord* record, std::string text) {
+    // The record holds a length-prefixed text: at most 255 bytes.
+    if (text.size() > 255) text.resize(255);
+    record->name = std::move(text);
+}
+
 const char* VellVersion() { return "Vell 1.0 (portable)"; }

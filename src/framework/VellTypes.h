@@ -45,5 +45,9 @@ void ClearUSN(ErrorRecord* record);
 // Records where a failing call was made, so that a report can name the place.
 void VellSetErrorSource(ErrorRecord* record, const char* sourceFile, int32_t line);
 
+// Records what went wrong in words (a file that holds no font, a table that runs
+// past the end of its file), for the report's line under the error's message.
+void VellSetErrorName(ErrorRecord* record, std::string text);
+
 // The framework's own version text.
 const char* VellVersion();

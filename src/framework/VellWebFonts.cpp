@@ -11,6 +11,11 @@
 
 namespace {
 
+// Why a web font cannot be read, for the report's line under the error.
+constexpr const char* kDamagedWOFF = "a damaged WOFF file: its tables do not decode to what its directory claims";
+constexpr const char* kDamagedWOFF2 = "a damaged WOFF2 file: its tables do not decode to what its directory claims";
+constexpr const char* kTooLarge = "a web font that would decode to more than 100 times its size, or 256 MB";
+
 constexpr uint32_t kWOFFSignature = VellMakeTag("wOFF");
 constexpr uint32_t kWOFF2Signature = VellMakeTag("wOF2");
 
@@ -61,12 +66,12 @@ struct WOFFTable {
 // totalSfntSize, ...), then 20-byte entries (tag, offset, compLength, origLength,
 // origChecksum). Each table's decoded size is known before anything is inflated,
 // so the whole sfnt is sized, and bounded, before it is allocated.
-bool DecodeWOFF(VellView file, std::vector<uint8_t>* sfnt) {
+const char* DecodeWOFF(VellView file, std::vector<uint8_t>* sfnt) {
     const uint64_t limit = DecodedSizeLimit(file.size());
     const uint16_t numTables = file.u16(12);
-    if (file.u32(8) != file.size() || numTables == 0 || file.u32(16) > limit ||
-        !file.has(kWOFFHeaderSize, size_t{numTables} * kWOFFEntrySize))
-        return false;
+    if (file.u32(16) > limit) return kTooLarge;
+    if (file.u32(8) != file.size() || numTables == 0 || !file.has(kWOFFHeaderSize, size_t{numTables} * kWOFFEntrySize))
+        return kDamagedWOFF;
     std::vector<WOFFTable> tables;
     uint64_t size = kSfntHeaderSize + uint64_t{numTables} * kSfntEntrySize;
     for (size_t i = 0; i < numTables; ++i) {
@@ -74,9 +79,9 @@ bool DecodeWOFF(VellView file, std::vector<uint8_t>* sfnt) {
         uint32_t offset = file.u32(entry + 4), compLength = file.u32(entry + 8), origLength = file.u32(entry + 12);
         // A stream longer than the table it holds is malformed; one running past
         // the end of the file is cut short.
-        if (compLength > origLength || !file.has(offset, compLength)) return false;
+        if (compLength > origLength || !file.has(offset, compLength)) return kDamagedWOFF;
         size += PaddedLength(origLength);
-        if (size > limit) return false;
+        if (size > limit) return kTooLarge;
         tables.push_back({file.tag(entry), file.u32(entry + 16), origLength, file.sub(offset, compLength)});
     }
 
@@ -99,12 +104,12 @@ bool DecodeWOFF(VellView file, std::vector<uint8_t>* sfnt) {
             if (uncompress(sfnt->data() + at, &produced, table.stored.data(), table.stored.size()) != Z_OK ||
                 produced != table.origLength) {
                 sfnt->clear();
-                return false;
+                return kDamagedWOFF;
             }
         }
         at += static_cast<size_t>(PaddedLength(table.origLength));
     }
-    return true;
+    return nullptr;
 }
 
 // Where the WOFF2 decoder writes the sfnt: a byte vector that refuses to grow
@@ -136,15 +141,16 @@ private:
 // the decoder allocates anything; the decoder itself checks each table's
 // decompressed length against its directory and refuses an implausible
 // compression ratio before inflating the Brotli stream.
-bool DecodeWOFF2(VellView file, std::vector<uint8_t>* sfnt) {
+const char* DecodeWOFF2(VellView file, std::vector<uint8_t>* sfnt) {
     const uint64_t limit = DecodedSizeLimit(file.size());
     const size_t finalSize = woff2::ComputeWOFF2FinalSize(file.data(), file.size());
-    if (finalSize == 0 || finalSize > limit) return false;
+    if (finalSize == 0) return kDamagedWOFF2;
+    if (finalSize > limit) return kTooLarge;
     sfnt->reserve(finalSize);
     BoundedSfntOutput output(sfnt, limit);
-    if (woff2::ConvertWOFF2ToTTF(file.data(), file.size(), &output)) return true;
+    if (woff2::ConvertWOFF2ToTTF(file.data(), file.size(), &output)) return nullptr;
     sfnt->clear();
-    return false;
+    return kDamagedWOFF2;
 }
 
 }  // namespace
@@ -154,11 +160,11 @@ bool VellIsWebFont(VellView file) {
     return signature == kWOFFSignature || signature == kWOFF2Signature;
 }
 
-bool VellDecodeWebFont(VellView file, std::vector<uint8_t>* sfnt) {
+const char* VellDecodeWebFont(VellView file, std::vector<uint8_t>* sfnt) {
     sfnt->clear();
     switch (file.u32(0)) {
         case kWOFFSignature: return DecodeWOFF(file, sfnt);
         case kWOFF2Signature: return DecodeWOFF2(file, sfnt);
-        default: return false;
+        default: return "not a web font";
     }
 }

@@ -19,7 +19,7 @@ inline constexpr uint64_t kVellMaxDecodedFontBytes = uint64_t{256} << 20;
 bool VellIsWebFont(VellView file);
 
 // Decodes a WOFF or WOFF2 file into the sfnt (or collection) bytes it holds.
-// Returns false, with *sfnt empty, for a damaged file, a table whose decoded
-// length is not the one its directory entry claims, or a font that would decode
-// past the bound above.
-bool VellDecodeWebFont(VellView file, std::vector<uint8_t>* sfnt);
+// Returns null, or why the file cannot be read (with *sfnt empty): a damaged
+// file, a table whose decoded length is not the one its directory entry claims,
+// or a font that would decode past the bound above.
+const char* VellDecodeWebFont(VellView file, std::vector<uint8_t>* sfnt);

@@ -30,13 +30,6 @@ constexpr int32_t kFindFontByNameNextLine = 359;
 constexpr int32_t kGetFontNameLine = 125;
 constexpr int32_t kGetFontNameNextLine = 126;
 
-bool Failed(ErrorRecord* record) {
-    if (record->code == 0) return false;
-    MapFrameworkError(record);
-    ReportError(record);
-    return true;
-}
-
 }  // namespace
 
 int32_t OpenFontFile(const char* path, VellFSSpec* fileRef, bool strict) {
@@ -72,11 +65,11 @@ uint32_t FindFontByName(const VellFontList* list, uint32_t count, const std::str
     for (uint32_t f = 0; f < count && match == count; ++f) {
         VellFontRef font = list->entries[f].font;
         uint32_t names = VellCountFontNames(font, record);
-        if (Failed(record)) return count;
+        if (ReportFrameworkError(record)) return count;
         for (uint32_t index = 1; index <= names && match == count; ++index) {
             int32_t code = 0, platform = 0, script = 0, language = 0;
             bool readable = VellCanGetFontNameAsUnicode(font, index, &code, &platform, &script, &language, record);
-            if (Failed(record)) return count;
+            if (ReportFrameworkError(record)) return count;
             if (!readable || (code != kFullNameCode && code != kPostScriptNameCode)) continue;
             std::string text;
             ErrorRecord untested;
@@ -93,7 +86,7 @@ void GetFontNameUTF8(VellFontRef font, int32_t nameCode, std::string* text, Erro
     VellSetErrorSource(record, kMainSource, kGetFontNameNextLine);
     text->clear();
     VellCanFindFontNameAsUnicode(font, nameCode, nullptr, 0, 0, 0, record);
-    if (Failed(record)) return;
+    if (ReportFrameworkError(record)) return;
     VellFindFontNameAsUTF8(font, nameCode, 0, 0, 0, text, 0, record);
-    Failed(record);
+    ReportFrameworkError(record);
 }

@@ -62,3 +62,10 @@ void ReportError(ErrorRecord* record) {
         std::fprintf(stderr, "\tSource file %s, line %d\n", record->sourceFile.c_str(), record->sourceLine);
     record->code = kVellCmpAlreadyReported;
 }
+
+bool ReportFrameworkError(ErrorRecord* record) {
+    if (record->code == 0) return false;
+    MapFrameworkError(record);
+    ReportError(record);
+    return true;
+}

@@ -46,6 +46,10 @@ void MapFrameworkError(ErrorRecord* record);
 // it reported (-7). Codes outside -6..-1 print nothing.
 void ReportError(ErrorRecord* record);
 
+// When a framework call left a code in the record: maps it, reports it and
+// answers true; otherwise false.
+bool ReportFrameworkError(ErrorRecord* record);
+
 // The English message of a tool code, or null outside the table.
 const char* VellCmpErrorMessage(int32_t code);
 

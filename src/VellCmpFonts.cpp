@@ -30,14 +30,6 @@ constexpr int32_t kDiffFontsLine = 74;
 constexpr int32_t kDiffFontsNextLine = 75;
 constexpr int32_t kComparatorExceptionLine = 194;
 
-// Maps, reports and says whether a framework call failed.
-bool Failed(ErrorRecord* record) {
-    if (record->code == 0) return false;
-    MapFrameworkError(record);
-    ReportError(record);
-    return true;
-}
-
 // Whether a table's last four bytes are zero from fromByte on: the padding that
 // rounds a table up to a multiple of four bytes.
 bool TailIsZero(const uint8_t (&lastWord)[4], size_t fromByte) {
@@ -57,14 +49,14 @@ bool TableChanged(VellFontRef modifiedFont, VellFontRef originalFont, VellTag ta
     if (originalLength > modifiedLength && originalLength - modifiedLength <= 3 && originalLength % 4 == 0) {
         // Only the original's bytes beyond the modified length must be zero.
         VellFindFontTableParts(originalFont, tag, originalLength - 4, 4, lastWord, nullptr, record);
-        if ((*failed = Failed(record))) return false;
+        if ((*failed = ReportFrameworkError(record))) return false;
         if (TailIsZero(lastWord, modifiedLength % 4)) lengthsEqual = true;
     } else if (modifiedLength > originalLength && modifiedLength - originalLength <= 3 &&
                modifiedLength % 4 == 0) {
         // Here the whole last word of the modified table must be zero, not just
         // the bytes beyond the original length; reports have always tested it so.
         VellFindFontTableParts(modifiedFont, tag, modifiedLength - 4, 4, lastWord, nullptr, record);
-        if ((*failed = Failed(record))) return false;
+        if ((*failed = ReportFrameworkError(record))) return false;
         if (TailIsZero(lastWord, 0)) {
             lengthsEqual = true;
             compareLength = originalLength;
@@ -73,9 +65,9 @@ bool TableChanged(VellFontRef modifiedFont, VellFontRef originalFont, VellTag ta
     if (!lengthsEqual) return true;
     // Compared in place: only the comparator needs copies of its own.
     VellView modified = VellFontTableView(modifiedFont, tag, record);
-    if ((*failed = Failed(record))) return false;
+    if ((*failed = ReportFrameworkError(record))) return false;
     VellView original = VellFontTableView(originalFont, tag, record);
-    if ((*failed = Failed(record))) return false;
+    if ((*failed = ReportFrameworkError(record))) return false;
     return !(modified.sub(0, compareLength) == original.sub(0, compareLength));
 }
 
@@ -84,9 +76,9 @@ bool ListTablesMissingFrom(VellFontRef font, uint32_t count, VellFontRef other, 
     for (uint32_t index = 1; index <= count; ++index) {
         VellTag tag = 0;
         uint32_t length = VellGetFontTable(font, index, nullptr, &tag, record);
-        if (Failed(record)) return false;
+        if (ReportFrameworkError(record)) return false;
         uint32_t otherLength = VellFindFontTable(other, tag, nullptr, nullptr, record);
-        if (Failed(record)) return false;
+        if (ReportFrameworkError(record)) return false;
         if (otherLength == 0) {
             gFontsDiffer = 1;
             std::fprintf(gReportFile, "\t'%s' %d bytes\n", VellTagText(tag).c_str(), static_cast<int32_t>(length));
@@ -109,10 +101,10 @@ bool TableGetsAccount(VellTag tag) {
 void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* record) {
     VellSetErrorSource(record, kVellCmpFontsSource, kDiffFontsLine);
     uint32_t modifiedCount = VellCountFontTables(modifiedFont, record);
-    if (Failed(record)) return;
+    if (ReportFrameworkError(record)) return;
     VellSetErrorSource(record, kVellCmpFontsSource, kDiffFontsNextLine);
     uint32_t originalCount = VellCountFontTables(originalFont, record);
-    if (Failed(record)) return;
+    if (ReportFrameworkError(record)) return;
 
     std::fprintf(gReportFile, "##### Tables added (in modified font and not original font)\n");
     if (!ListTablesMissingFrom(modifiedFont, modifiedCount, originalFont, record)) return;
@@ -125,9 +117,9 @@ void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* 
     for (uint32_t index = 1; index <= modifiedCount; ++index) {
         VellTag tag = 0;
         uint32_t modifiedLength = VellGetFontTable(modifiedFont, index, nullptr, &tag, record);
-        if (Failed(record)) return;
+        if (ReportFrameworkError(record)) return;
         uint32_t originalLength = VellFindFontTable(originalFont, tag, nullptr, nullptr, record);
-        if (Failed(record)) return;
+        if (ReportFrameworkError(record)) return;
         if (originalLength == 0) continue;
         bool failed = false;
         bool changed = TableChanged(modifiedFont, originalFont, tag, modifiedLength, originalLength, record, &failed);

@@ -82,20 +82,12 @@ int DumpFont(VellFontRef font, std::vector<VellTag> tags) {
             VellGetFontTable(font, index, nullptr, &tag, &record);
             tags.push_back(tag);
         }
-        if (record.code != 0) {
-            MapFrameworkError(&record);
-            ReportError(&record);
-            return 1;
-        }
+        if (ReportFrameworkError(&record)) return 1;
     }
     for (VellTag tag : tags) {
         try {
             std::unique_ptr<TTableDumper> dumper = MakeFontTableDumper(font, tag, gReportFile, &record);
-            if (record.code != 0) {
-                MapFrameworkError(&record);
-                ReportError(&record);
-                return 1;
-            }
+            if (ReportFrameworkError(&record)) return 1;
             if (!dumper) {
                 std::fprintf(stderr, "##### WARNING! The font has no '%s' table!\n", VellTagText(tag).c_str());
                 continue;

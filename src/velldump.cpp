@@ -39,11 +39,7 @@ int DumpFontFile(const char* path, const std::vector<VellTag>& tags) {
     if (OpenFontFile(path, &fileRef, true) != 0) return 1;
     uint32_t count = 0;
     VellFontListRef list = VellFSSpecToFontList(fileRef, 1, &count, &record);
-    if (record.code != 0) {
-        MapFrameworkError(&record);
-        ReportError(&record);
-        return 1;
-    }
+    if (ReportFrameworkError(&record)) return 1;
     if (!gFontName.empty()) {
         uint32_t index = FindFontByName(list.get(), count, gFontName, &record);
         if (record.code != 0 || index >= count) return 1;

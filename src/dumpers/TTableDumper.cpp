@@ -60,6 +60,14 @@ std::string VellFormat(const char* format, ...) {
     return text;
 }
 
+std::string PostScriptGlyphName(const VellHandle& post, uint32_t glyphCount, uint32_t glyph) {
+    std::string name;
+    if (!post || glyph >= glyphCount) return name;
+    int32_t status = VellFindPSGlyphNameFromTable(post, glyph, &name);
+    if (status != 0) throw TVellCmpVellException(status);
+    return name;
+}
+
 TTableDumper::TTableDumper(VellHandle table, FILE* out, VellFontRef font)
     : fTable(std::move(table)), fOutput(out), fFont(font), fNoOutput(out == nullptr) {}
 

@@ -117,5 +117,9 @@ inline bool IsUnprintableByte(uint8_t byte) {
 }
 inline constexpr char kUnprintableMark = static_cast<char>(0xC2);
 
+// A glyph's PostScript name from a font's own 'post' table: empty without one, or
+// for a glyph at or past the font's glyph count. A framework failure throws.
+std::string PostScriptGlyphName(const VellHandle& post, uint32_t glyphCount, uint32_t glyph);
+
 // printf into a std::string.
 std::string VellFormat(const char* format, ...) __attribute__((format(printf, 1, 2)));

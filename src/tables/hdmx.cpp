@@ -52,15 +52,6 @@ private:
     std::array<std::optional<size_t>, 256> fFirstOfPixelSize{};
 };
 
-// The PostScript name of a glyph the font has, from its own 'post'; empty without one.
-std::string PostScriptName(const VellHandle& post, uint32_t glyphCount, uint32_t glyph) {
-    std::string name;
-    if (!post || glyph >= glyphCount) return name;
-    int32_t status = VellFindPSGlyphNameFromTable(post, glyph, &name);
-    if (status != 0) throw TVellCmpVellException(status);
-    return name;
-}
-
 }  // namespace
 
 int32_t THDMXTableDumper::DumpTableContents() {
@@ -140,8 +131,8 @@ int32_t THDMXTableComparator::DumpTableDeltas() {
 }
 
 void THDMXTableComparator::PrintGlyphNames(uint32_t glyph) {
-    std::string newName = PostScriptName(fModifiedPost, fModifiedGlyphs, glyph);
-    std::string oldName = PostScriptName(fOriginalPost, fOriginalGlyphs, glyph);
+    std::string newName = PostScriptGlyphName(fModifiedPost, fModifiedGlyphs, glyph);
+    std::string oldName = PostScriptGlyphName(fOriginalPost, fOriginalGlyphs, glyph);
     if (newName == oldName) {
         PrintLine("\t\tName:\t" + newName, true);
         return;

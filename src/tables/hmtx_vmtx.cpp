@@ -30,16 +30,11 @@ int16_t TrailingSideBearingAt(VellView table, uint32_t longMetrics, uint32_t gly
     return table.s16(kLongMetricBytes * size_t{longMetrics} + kSideBearingBytes * (size_t{glyph} - longMetrics));
 }
 
-// The glyph's PostScript name from a 'post' copy; empty without one.
-std::string PostScriptName(const VellHandle& post, uint32_t glyph) {
-    std::string name;
-    int32_t status = VellFindPSGlyphNameFromTable(post, glyph, &name);
-    if (status != 0) throw TVellCmpVellException(status);
-    return name;
-}
+// 'vmtx' names glyphs from whichever 'post' each font has, with no glyph-count check.
+constexpr uint32_t kAnyGlyph = UINT32_MAX;
 
 void PrintNameLine(TTableDumper& dumper, const VellHandle& post, uint32_t glyph) {
-    if (post) dumper.PrintLine("\t\tName:\t" + PostScriptName(post, glyph), true);
+    if (post) dumper.PrintLine("\t\tName:\t" + PostScriptGlyphName(post, kAnyGlyph, glyph), true);
 }
 
 // Advance and side bearing of one glyph, as the font's own metrics lookup sees them.
@@ -148,10 +143,8 @@ int32_t THMTXTableComparator::DumpTableDeltas() {
         LongMetric original = FontMetrics(GetOriginalFont(), glyph);
         if (modified == original) continue;
         PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
-        std::string modifiedName, originalName;
-        if (fModified.post && glyph < fModified.glyphCount) modifiedName = PostScriptName(fModified.post, glyph);
-        if (fOriginal.post && glyph < fOriginal.glyphCount) originalName = PostScriptName(fOriginal.post, glyph);
-        PrintNameLines(modifiedName, originalName, "Name (mod )");
+        PrintNameLines(PostScriptGlyphName(fModified.post, fModified.glyphCount, glyph),
+                       PostScriptGlyphName(fOriginal.post, fOriginal.glyphCount, glyph), "Name (mod )");
         if (modified.advance != original.advance) {
             PrintUInt16Field(2, ModLabel("Advance width"), modified.advance, false);
             PrintUInt16Field(2, OrigLabel("Advance width"), original.advance, false);
@@ -179,9 +172,8 @@ void TVMTXTableComparator::PrintGlyphHeading(uint32_t glyph) {
     PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
     // Names come from whichever 'post' each font has, with no glyph-count check,
     // and the modified one is labelled "(new)" in 'vmtx' reports.
-    std::string modifiedName = fModified.post ? PostScriptName(fModified.post, glyph) : std::string();
-    std::string originalName = fOriginal.post ? PostScriptName(fOriginal.post, glyph) : std::string();
-    PrintNameLines(modifiedName, originalName, "Name (new)");
+    PrintNameLines(PostScriptGlyphName(fModified.post, kAnyGlyph, glyph),
+                   PostScriptGlyphName(fOriginal.post, kAnyGlyph, glyph), "Name (new)");
 }
 
 namespace {

@@ -31,16 +31,6 @@ VellHandle CopyPost(const VellHandle& post) {
     return copy;
 }
 
-// The glyph's name from a font's 'post' copy; empty without one or past the
-// font's glyphs.
-std::string PostScriptName(const VellHandle& post, uint32_t glyphCount, uint32_t glyph) {
-    std::string name;
-    if (!post || glyph >= glyphCount) return name;
-    int32_t status = VellFindPSGlyphNameFromTable(post, glyph, &name);
-    if (status != 0) throw TVellCmpVellException(status);
-    return name;
-}
-
 }  // namespace
 
 // ---- Dumper ----
@@ -78,8 +68,8 @@ void TLOCATableComparator::PrintGlyphHeading(uint32_t glyph) {
     PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
     // Printed whether or not glyph names are switched on; two glyphs without
     // names agree, and get an empty name line.
-    std::string modifiedName = PostScriptName(fModifiedPost, fModifiedGlyphs, glyph);
-    std::string originalName = PostScriptName(fOriginalPost, fOriginalGlyphs, glyph);
+    std::string modifiedName = PostScriptGlyphName(fModifiedPost, fModifiedGlyphs, glyph);
+    std::string originalName = PostScriptGlyphName(fOriginalPost, fOriginalGlyphs, glyph);
     if (modifiedName == originalName) {
         PrintLine("\t\tName:\t" + modifiedName, true);
         return;

@@ -21,6 +21,16 @@ DEJAVU_BOLD = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
 WQY = "/usr/share/fonts/truetype/wqy/wqy-zenhei.ttc"
 
 
+def load(path, number=-1):
+    # Every table decompiled, so that the library writes each font of a pair the
+    # same way (a table it never loaded it copies as it stands, one it loaded it
+    # compiles anew, glyph encodings and all).
+    font = TTFont(path, fontNumber=number)
+    for tag in font.keys():
+        font[tag]
+    return font
+
+
 def save(font, directory, name):
     font.save(os.path.join(directory, name))
 
@@ -32,9 +42,8 @@ def cjk_collection(directory):
 
 
 def edited_latin(directory):
-    original = TTFont(DEJAVU)
-    save(original, directory, "dejavu-edited-original.ttf")
-    modified = TTFont(DEJAVU)
+    save(load(DEJAVU), directory, "dejavu-edited-original.ttf")
+    modified = load(DEJAVU)
     order = modified.getGlyphOrder()
     glyf, hmtx = modified["glyf"], modified["hmtx"]
     # 150 outlines moved, 150 other glyphs with a wider advance.
@@ -55,9 +64,8 @@ def edited_latin(directory):
 
 
 def cjk_font(directory, stem, edit):
-    original = TTFont(WQY, fontNumber=0)
-    save(original, directory, stem + "-original.ttf")
-    modified = TTFont(WQY, fontNumber=0)
+    save(load(WQY, 0), directory, stem + "-original.ttf")
+    modified = load(WQY, 0)
     edit(modified)
     save(modified, directory, stem + "-modified.ttf")
 
@@ -79,8 +87,8 @@ def every_outline_moved(font):
 
 def family(directory):
     # The Bold carries the Regular's names, so that the two pair up.
-    regular = TTFont(DEJAVU)
-    bold = TTFont(DEJAVU_BOLD)
+    regular = load(DEJAVU)
+    bold = load(DEJAVU_BOLD)
     bold["name"] = regular["name"]
     save(regular, directory, "family-original.ttf")
     save(bold, directory, "family-modified.ttf")

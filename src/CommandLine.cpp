@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr size_t kReportBufferBytes = size_t{1} << 20;
+
 // getopt_long's values for the long options without a letter of their own.
 enum : int { kSummaryValue = 256, kTablesValue, kExcludeTablesValue, kExitCodeValue, kColorValue, kLongHelpValue };
 
@@ -115,7 +117,11 @@ CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters, uns
                 break;
         }
     }
-    gColorReport = ColorWanted(color, isatty(fileno(gReportFile)) != 0, std::getenv("NO_COLOR"));
+    bool terminal = isatty(fileno(gReportFile)) != 0;
+    gColorReport = ColorWanted(color, terminal, std::getenv("NO_COLOR"));
+    // A report to a file or a pipe is written in large blocks (a CJK family's can
+    // run to hundreds of megabytes); on a terminal it stays line by line.
+    if (!terminal) std::setvbuf(gReportFile, nullptr, _IOFBF, kReportBufferBytes);
     return options;
 }
 

@@ -1,5 +1,6 @@
 #include "dumpers/TTableDumper.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstring>
 #include <exception>
@@ -43,6 +44,70 @@ std::string_view LineColor(std::string_view line) {
 }
 
 }  // namespace
+
+namespace {
+
+// Writes the digits of a number into a buffer that ends at `end`, backwards, with
+// at least minDigits digits; returns where they begin.
+char* FormatDigits(char* end, uint64_t value, int minDigits) {
+    char* at = end;
+    do {
+        *--at = static_cast<char>('0' + value % 10);
+        value /= 10;
+    } while (value != 0);
+    while (end - at < minDigits) *--at = '0';
+    return at;
+}
+
+}  // namespace
+
+void AppendDecimal(std::string& out, int64_t value, int minDigits) {
+    char buffer[24];
+    char* end = buffer + sizeof buffer;
+    uint64_t magnitude = value < 0 ? uint64_t{0} - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+    char* at = FormatDigits(end, magnitude, minDigits);
+    if (value < 0) *--at = '-';
+    out.append(at, end);
+}
+
+void AppendHex(std::string& out, uint32_t value, int minDigits) {
+    char buffer[8];
+    char* end = buffer + sizeof buffer;
+    char* at = end;
+    do {
+        *--at = kHexDigits[value & 0xF];
+        value >>= 4;
+    } while (value != 0);
+    out.append(static_cast<size_t>(std::max<ptrdiff_t>(minDigits - (end - at), 0)), '0');
+    out.append(at, end);
+}
+
+void AppendFixed(std::string& out, int32_t value) {
+    uint64_t magnitude = value < 0 ? uint64_t{0} - static_cast<uint64_t>(int64_t{value}) : static_cast<uint64_t>(value);
+    // The exact binary fraction rounded to six decimals, ties to even.
+    uint64_t whole = magnitude >> 16, scaled = (magnitude & 0xFFFF) * 1000000;
+    uint64_t micros = scaled >> 16, rest = scaled & 0xFFFF;
+    if (rest > 0x8000 || (rest == 0x8000 && (micros & 1) != 0)) ++micros;
+    if (micros == 1000000) {
+        micros = 0;
+        ++whole;
+    }
+    char buffer[32];
+    char* end = buffer + sizeof buffer;
+    char* at = FormatDigits(end, micros, 6);
+    *--at = '.';
+    at = FormatDigits(at, whole, 1);
+    if (value < 0) *--at = '-';
+    out.append(at, end);
+}
+
+void AppendPoint(std::string& out, int32_t x, int32_t y) {
+    out.append("( ");
+    AppendFixed(out, x);
+    out.append(", ");
+    AppendFixed(out, y);
+    out.append(" )");
+}
 
 std::string VellFormat(const char* format, ...) {
     char small[256];
@@ -125,7 +190,12 @@ int32_t TTableDumper::DumpTableContents() {
 void TTableDumper::WriteRaw(std::string_view bytes) {
     if (fOutput == nullptr || bytes.empty()) return;
     if (gColorReport) return WriteColoredLines(bytes);
+#if defined(__GLIBC__)
+    // One thread writes the report: the stream's lock is no use.
+    fwrite_unlocked(bytes.data(), 1, bytes.size(), fOutput);
+#else
     std::fwrite(bytes.data(), 1, bytes.size(), fOutput);
+#endif
 }
 
 void TTableDumper::WriteColoredLines(std::string_view bytes) {
@@ -148,21 +218,37 @@ void TTableDumper::FlushPendingLine() {
 }
 
 void TTableDumper::PrintLine(std::string_view text, bool lineEnd) {
-    if (fOutput == nullptr) return;
-    size_t start = 0;
-    for (size_t percent = text.find("%%"); percent != std::string_view::npos;
-         percent = text.find("%%", start)) {
-        WriteRaw(text.substr(start, percent + 1 - start));
-        start = percent + 2;
+    BeginLine(0);
+    AppendText(text);
+    EndLine(lineEnd);
+}
+
+// A print operation puts its line together here and writes it in one piece.
+void TTableDumper::BeginLine(int indent) { fLine.assign(static_cast<size_t>(std::max(indent, 0)), '\t'); }
+
+// Text is written as it stands but for "%%", which prints "%": reports have always
+// passed their text through printf as its format.
+void TTableDumper::AppendText(std::string_view text) {
+    for (size_t percent = text.find("%%"); percent != std::string_view::npos; percent = text.find("%%")) {
+        fLine.append(text.substr(0, percent + 1));
+        text.remove_prefix(percent + 2);
     }
-    WriteRaw(text.substr(start));
-    if (lineEnd) WriteRaw("\n");
+    fLine.append(text);
+}
+
+void TTableDumper::AppendLabel(std::string_view label) {
+    AppendText(label);
+    fLine.append(":\t");
+}
+
+void TTableDumper::EndLine(bool lineEnd) {
+    if (lineEnd) fLine.push_back('\n');
+    WriteRaw(fLine);
 }
 
 void TTableDumper::WriteIndent(int indent) {
-    static constexpr std::string_view kTabs = "\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t\t";
-    for (; indent > 0; indent -= static_cast<int>(kTabs.size()))
-        PrintLine(kTabs.substr(0, std::min<size_t>(static_cast<size_t>(indent), kTabs.size())), false);
+    BeginLine(indent);
+    EndLine(false);
 }
 
 void TTableDumper::PrintPascalLine(VellView pascalString, bool lineEnd) {
@@ -170,44 +256,60 @@ void TTableDumper::PrintPascalLine(VellView pascalString, bool lineEnd) {
 }
 
 void TTableDumper::PrintWithComment(std::string_view text, int32_t number) {
-    PrintLine(std::string(text) + VellFormat("\t/* %d */", number), true);
+    BeginLine(0);
+    AppendText(text);
+    fLine.append("\t/* ");
+    AppendDecimal(fLine, number);
+    fLine.append(" */");
+    EndLine(true);
 }
 
 // ---- Fields ----
 
 void TTableDumper::PrintUnicodeValue(int indent, const char* label, uint32_t value, bool unicode,
                                      bool lineEnd) {
-    WriteIndent(indent);
-    if (label != nullptr) PrintLine(std::string(label) + ":\t", false);
-    PrintLine(unicode ? VellFormat("U+%04X", value) : VellFormat("0x%02X", value), false);
+    BeginLine(indent);
+    if (label != nullptr) AppendLabel(label);
+    fLine.append(unicode ? "U+" : "0x");
+    AppendHex(fLine, value, unicode ? 4 : 2);
     // Without a name to add, the line stays open for the caller's next words.
-    if (!unicode || !gShowUnicodeNames) return;
+    if (!unicode || !gShowUnicodeNames) return EndLine(false);
     ErrorRecord record;
     std::string name = VellGetUnicodeScalarName(value, &record);
     if (record.code != 0) std::terminate();
-    PrintLine(" " + name, false);
-    PrintLine("", lineEnd);
+    fLine.push_back(' ');
+    AppendText(name);
+    EndLine(lineEnd);
 }
 
 void TTableDumper::PrintStringField(int indent, std::string_view label, std::string_view text) {
-    WriteIndent(indent);
-    PrintLine(std::string(label) + ":\t" + std::string(text), true);
+    BeginLine(indent);
+    AppendLabel(label);
+    AppendText(text);
+    EndLine(true);
 }
 
 void TTableDumper::PrintPascalStringField(int indent, std::string_view label, VellView pascalString) {
-    WriteIndent(indent);
-    PrintLine(std::string(label) + ":\t", false);
-    PrintPascalLine(pascalString, true);
+    PrintStringField(indent, label, pascalString.chars(1, pascalString.u8(0)));
 }
 
 void TTableDumper::PrintVersionField(int indent, std::string_view label, uint32_t version) {
-    WriteIndent(indent);
-    PrintLine(std::string(label) + VellFormat(":\t%u.%u", version >> 16, version & 0xFFFF), true);
+    // Both halves as whole numbers: 0x00018000 reads 1.32768, as reports always have.
+    BeginLine(indent);
+    AppendLabel(label);
+    AppendDecimal(fLine, version >> 16);
+    fLine.push_back('.');
+    AppendDecimal(fLine, version & 0xFFFF);
+    EndLine(true);
 }
 
 void TTableDumper::PrintTagField(int indent, std::string_view label, VellTag tag) {
-    WriteIndent(indent);
-    PrintLine(std::string(label) + ":\t'" + VellTagText(tag) + "'", true);
+    BeginLine(indent);
+    AppendLabel(label);
+    fLine.push_back('\'');
+    AppendText(VellTagText(tag));
+    fLine.push_back('\'');
+    EndLine(true);
 }
 
 void TTableDumper::PrintGlyphField(int indent, const char* label, uint32_t glyph, bool unicode,
@@ -217,33 +319,45 @@ void TTableDumper::PrintGlyphField(int indent, const char* label, uint32_t glyph
         PrintInt32Field(indent, label != nullptr ? label : "(null)", static_cast<int32_t>(glyph), false, true);
         return;
     }
-    WriteIndent(indent);
-    if (label != nullptr) PrintLine(std::string(label) + ":\t", false);
-    PrintLine(VellFormat("%d", static_cast<int32_t>(glyph)), false);
+    BeginLine(indent);
+    if (label != nullptr) AppendLabel(label);
+    AppendDecimal(fLine, static_cast<int32_t>(glyph));
     // Without -p the line is left open, so that the caller's next output goes on it.
-    if (!gShowPostScriptNames) return;
+    if (!gShowPostScriptNames) return EndLine(false);
     std::string name;
     GetGlyphName(glyph, name);
-    PrintLine(" (" + name, false);
+    fLine.append(" (");
+    AppendText(name);
     if (unicode) {
         uint32_t value = GetGlyphUnicode(glyph);
-        PrintLine(VellFormat(" U+%04X", value), false);
+        fLine.append(" U+");
+        AppendHex(fLine, value, 4);
         if (value != 0xFFFF) {
             ErrorRecord record;
             std::string characterName = VellGetUnicodeScalarName(value, &record);
             if (record.code != 0) std::terminate();
-            PrintLine("\t" + characterName, false);
+            fLine.push_back('\t');
+            AppendText(characterName);
         }
     }
-    PrintLine(")", lineEnd);
+    fLine.push_back(')');
+    EndLine(lineEnd);
+}
+
+void TTableDumper::PrintNumberField(int indent, std::string_view label, int64_t value, int hexDigits, bool lineEnd) {
+    BeginLine(indent);
+    AppendLabel(label);
+    if (hexDigits > 0) {
+        fLine.append("0x");
+        AppendHex(fLine, static_cast<uint32_t>(value), hexDigits);
+    } else {
+        AppendDecimal(fLine, value);
+    }
+    EndLine(lineEnd);
 }
 
 void TTableDumper::PrintInt32Field(int indent, std::string_view label, int32_t value, bool hex, bool lineEnd) {
-    WriteIndent(indent);
-    PrintLine(std::string(label) +
-                  (hex ? VellFormat(":\t0x%08lX", static_cast<unsigned long>(static_cast<uint32_t>(value)))
-                       : VellFormat(":\t%d", value)),
-              lineEnd);
+    PrintNumberField(indent, label, value, hex ? 8 : 0, lineEnd);
 }
 
 void TTableDumper::PrintUInt32Field(int indent, std::string_view label, uint32_t value, bool hex) {
@@ -251,35 +365,28 @@ void TTableDumper::PrintUInt32Field(int indent, std::string_view label, uint32_t
 }
 
 void TTableDumper::PrintUInt16Field(int indent, std::string_view label, uint16_t value, bool hex) {
-    WriteIndent(indent);
-    PrintLine(std::string(label) + (hex ? VellFormat(":\t0x%04lX", static_cast<unsigned long>(value))
-                                        : VellFormat(":\t%d", value)),
-              true);
+    PrintNumberField(indent, label, value, hex ? 4 : 0, true);
 }
 
+// Signed values are sign-extended to 32 bits before they are formatted: -5 in hex
+// is 0xFFFFFFFB, however narrow the field.
 void TTableDumper::PrintInt16Field(int indent, std::string_view label, int16_t value, bool hex) {
-    // Sign-extended to 32 bits: -5 in hex is 0xFFFFFFFB.
-    uint32_t extended = static_cast<uint32_t>(static_cast<int32_t>(value));
-    WriteIndent(indent);
-    PrintLine(std::string(label) + (hex ? VellFormat(":\t0x%04lX", static_cast<unsigned long>(extended))
-                                        : VellFormat(":\t%d", value)),
-              true);
+    PrintNumberField(indent, label, value, hex ? 4 : 0, true);
 }
 
 void TTableDumper::PrintUInt8Field(int indent, std::string_view label, uint8_t value, bool hex) {
-    WriteIndent(indent);
-    PrintLine(std::string(label) + (hex ? VellFormat(":\t0x%02X", value) : VellFormat(":\t%d", value)), true);
+    PrintNumberField(indent, label, value, hex ? 2 : 0, true);
 }
 
 void TTableDumper::PrintInt8Field(int indent, std::string_view label, int8_t value, bool hex) {
-    uint32_t extended = static_cast<uint32_t>(static_cast<int32_t>(value));
-    WriteIndent(indent);
-    PrintLine(std::string(label) + (hex ? VellFormat(":\t0x%02X", extended) : VellFormat(":\t%d", value)), true);
+    PrintNumberField(indent, label, value, hex ? 2 : 0, true);
 }
 
 void TTableDumper::PrintBooleanField(int indent, std::string_view label, bool value) {
-    WriteIndent(indent);
-    PrintLine(std::string(label) + (value ? ":\tTRUE" : ":\tFALSE"), true);
+    BeginLine(indent);
+    AppendLabel(label);
+    fLine.append(value ? "TRUE" : "FALSE");
+    EndLine(true);
 }
 
 void TTableDumper::PrintFlagField(int indent, std::string_view label, uint32_t value) {
@@ -289,14 +396,21 @@ void TTableDumper::PrintFlagField(int indent, std::string_view label, uint32_t v
 void TTableDumper::PrintDateField(int indent, std::string_view label, uint64_t date) {
     // Only the low 32 bits count: the high word of an sfnt date is ignored.
     VellDate calendar = SecondsToDate(static_cast<uint32_t>(date));
-    WriteIndent(indent);
-    PrintLine(std::string(label) + VellFormat(":\t%02d/%02d/%02d", calendar.month, calendar.day, calendar.year),
-              true);
+    BeginLine(indent);
+    AppendLabel(label);
+    AppendDecimal(fLine, calendar.month, 2);
+    fLine.push_back('/');
+    AppendDecimal(fLine, calendar.day, 2);
+    fLine.push_back('/');
+    AppendDecimal(fLine, calendar.year, 2);
+    EndLine(true);
 }
 
 void TTableDumper::PrintPointField(int indent, std::string_view label, int32_t x, int32_t y) {
-    WriteIndent(indent);
-    PrintLine(std::string(label) + VellFormat(":\t( %2f, %2f )", x / 65536.0, y / 65536.0), true);
+    BeginLine(indent);
+    AppendLabel(label);
+    AppendPoint(fLine, x, y);
+    EndLine(true);
 }
 
 void TTableDumper::PrintIndexedStringField(int indent, std::string_view label, int16_t listID, int16_t index) {
@@ -304,42 +418,52 @@ void TTableDumper::PrintIndexedStringField(int indent, std::string_view label, i
 }
 
 void TTableDumper::PrintFontNameField(int indent, std::string_view label, uint16_t nameID) {
-    WriteIndent(indent);
-    PrintLine(std::string(label) + ":\t" + NumToString(nameID), false);
+    BeginLine(indent);
+    AppendLabel(label);
+    fLine.append(NumToString(nameID));
     if (fFont != nullptr) {
         // The framework numbers names one above their name IDs.
         ErrorRecord record;
         std::string name;
         VellFindFontNameAsUTF8(fFont, nameID + 1, 0, 0, 0, &name, 0, &record);
         if (record.code != 0) std::terminate();
-        PrintLine(" \"" + name + "\"", false);
+        fLine.append(" \"");
+        AppendText(name);
+        fLine.push_back('"');
     }
-    PrintLine("\n", false);
+    EndLine(true);
 }
 
 void TTableDumper::PrintIndexedPascalString(int indent, int32_t number, VellView pascalString) {
-    PrintPascalStringField(indent, VellFormat("%d", number), pascalString);
+    std::string label;
+    AppendDecimal(label, number);
+    PrintPascalStringField(indent, label, pascalString);
 }
 
 void TTableDumper::PrintIndexedGlyph(int indent, int32_t number, uint32_t glyph, bool unicode) {
-    PrintGlyphField(indent, VellFormat("%d", number).c_str(), glyph, unicode, true);
+    std::string label;
+    AppendDecimal(label, number);
+    PrintGlyphField(indent, label.c_str(), glyph, unicode, true);
 }
 
 void TTableDumper::PrintIndexedUInt8(int indent, int32_t number, uint8_t value, bool hex) {
-    WriteIndent(indent);
-    PrintLine(hex ? VellFormat("%d:\t0x%02X", number, value) : VellFormat("%d:\t%d", number, value), true);
+    std::string label;
+    AppendDecimal(label, number);
+    PrintNumberField(indent, label, value, hex ? 2 : 0, true);
 }
 
 void TTableDumper::PrintIndexedUInt16(int indent, int32_t number, uint16_t value, bool hex) {
-    WriteIndent(indent);
-    PrintLine(hex ? VellFormat("%d:\t0x%04lX", number, static_cast<unsigned long>(value))
-                  : VellFormat("%d:\t%d", number, value),
-              true);
+    std::string label;
+    AppendDecimal(label, number);
+    PrintNumberField(indent, label, value, hex ? 4 : 0, true);
 }
 
 void TTableDumper::PrintIndexedPoint(int indent, int32_t number, int32_t x, int32_t y) {
-    WriteIndent(indent);
-    PrintLine(VellFormat("%d:\t( %2f, %2f )", number, x / 65536.0, y / 65536.0), true);
+    BeginLine(indent);
+    AppendDecimal(fLine, number);
+    fLine.append(":\t");
+    AppendPoint(fLine, x, y);
+    EndLine(true);
 }
 
 // ---- Fixed layouts ----

@@ -94,6 +94,15 @@ protected:
     // report prints one at a time, so two '%' bytes stay two.
     void WriteRaw(std::string_view bytes);
     void WriteIndent(int indent);
+    // A line put together piece by piece and written once: indent tabs, text with
+    // "%%" folded, "label:\t", then the line end if asked for.
+    void BeginLine(int indent);
+    void AppendText(std::string_view text);
+    void AppendLabel(std::string_view label);
+    void EndLine(bool lineEnd);
+    // "<label>:\t" and the value in decimal, or in hexadecimal with at least
+    // hexDigits digits (a negative value sign-extended to 32 bits).
+    void PrintNumberField(int indent, std::string_view label, int64_t value, int hexDigits, bool lineEnd);
 
 private:
     // With --color, lines are held until their end, then written wrapped in the
@@ -107,6 +116,7 @@ private:
     bool fNoOutput;
     VellTag fTag = 0x20202020;
     std::string fPendingLine;
+    std::string fLine;
 };
 
 // The printable form of a byte in a hex listing's character column: itself, or
@@ -120,6 +130,15 @@ inline constexpr char kUnprintableMark = static_cast<char>(0xC2);
 // A glyph's PostScript name from a font's own 'post' table: empty without one, or
 // for a glyph at or past the font's glyph count. A framework failure throws.
 std::string PostScriptGlyphName(const VellHandle& post, uint32_t glyphCount, uint32_t glyph);
+
+// Numbers as the report prints them, appended without a printf call: decimal with
+// at least minDigits digits ("%02d"), upper-case hexadecimal with at least minDigits
+// digits ("%04lX"), and a 16.16 value as "%f" prints value / 65536.0.
+void AppendDecimal(std::string& out, int64_t value, int minDigits = 1);
+void AppendHex(std::string& out, uint32_t value, int minDigits);
+void AppendFixed(std::string& out, int32_t value);
+// "( x, y )" of two 16.16 values.
+void AppendPoint(std::string& out, int32_t x, int32_t y);
 
 // printf into a std::string.
 std::string VellFormat(const char* format, ...) __attribute__((format(printf, 1, 2)));

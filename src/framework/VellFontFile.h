@@ -37,6 +37,7 @@ struct VellFont {
     std::vector<VellTableEntry> tables;  // in the order of the directory as stored
     mutable std::any derived;            // indexes built on first use (glyph names)
     mutable std::any encodings;          // the 'cmap' encoding list, built on first use
+    mutable std::any metrics;            // where the horizontal metrics lie, found on first use
 };
 
 // A font reference: one font inside an open font file.

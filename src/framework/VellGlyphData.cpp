@@ -99,19 +99,23 @@ uint32_t VellGlyphOffset(const VellGlyphLocations& locations, uint32_t index) {
     return 2 * uint32_t{locations.loca.u16(2 * size_t{index})};
 }
 
-VellHandle VellGetTTGlyphData(const VellGlyphLocations& locations, uint32_t glyph, ErrorRecord* record) {
+VellView VellGetTTGlyphBytes(const VellGlyphLocations& locations, uint32_t glyph, ErrorRecord* record) {
     if (glyph >= locations.glyphCount) {
         Fail(record, kVellParamErr);
-        return nullptr;
+        return {};
     }
     uint32_t start = VellGlyphOffset(locations, glyph);
     uint32_t end = VellGlyphOffset(locations, glyph + 1);
     if (end < start || end > locations.glyf.size()) {
         Fail(record, kVellBadTableErr);
-        return nullptr;
+        return {};
     }
-    if (start == end) return nullptr;
-    VellView data = locations.glyf.sub(start, end - start);
+    return locations.glyf.sub(start, end - start);
+}
+
+VellHandle VellGetTTGlyphData(const VellGlyphLocations& locations, uint32_t glyph, ErrorRecord* record) {
+    VellView data = VellGetTTGlyphBytes(locations, glyph, record);
+    if (data.empty()) return nullptr;
     return VelmNewHandle({data.data(), data.size()});
 }
 

@@ -31,6 +31,10 @@ uint32_t VellGlyphOffset(const VellGlyphLocations& locations, uint32_t index);
 VellHandle VellGetTTGlyphData(const VellGlyphLocations& locations, uint32_t glyph, ErrorRecord* record);
 VellHandle VellGetTTGlyphData(VellFontRef font, uint32_t glyph, ErrorRecord* record);
 
+// The same bytes in place, without a copy: a view into the font's 'glyf', valid
+// while its font list is open; empty for a glyph without an outline.
+VellView VellGetTTGlyphBytes(const VellGlyphLocations& locations, uint32_t glyph, ErrorRecord* record);
+
 // The byte size of a block from VellGetTTGlyphData and its kin; a null block is a
 // parameter error.
 uint32_t VelmGetPtrSize(const VellHandle& pointer, ErrorRecord* record);

@@ -90,6 +90,30 @@ int32_t VellGetGlyphName(VellFontRef font, uint32_t glyph, std::string* name) {
     return kVellNoErr;
 }
 
+namespace {
+
+// Where a font's horizontal metrics lie, found once per font, so that asking for
+// every glyph's metrics of a large font never searches its directory again. A
+// table past the end of the file is remembered as the error it is.
+struct HorizontalMetrics {
+    VellView hhea, hmtx;
+    uint32_t glyphCount = 0;
+    ErrorRecord error;
+};
+
+const HorizontalMetrics& MetricsOf(VellFontRef font) {
+    if (!font->metrics.has_value()) {
+        HorizontalMetrics metrics;
+        metrics.hhea = VellFontTableView(font, VellMakeTag("hhea"), &metrics.error);
+        metrics.hmtx = VellFontTableView(font, VellMakeTag("hmtx"), &metrics.error);
+        metrics.glyphCount = VellCountFontGlyphs(font, &metrics.error);
+        font->metrics = std::move(metrics);
+    }
+    return std::any_cast<const HorizontalMetrics&>(font->metrics);
+}
+
+}  // namespace
+
 void VellGetHMTXMetrics(VellFontRef font, uint32_t glyph, uint16_t* advance, int16_t* sideBearing,
                         ErrorRecord* record) {
     *advance = 0;
@@ -98,11 +122,13 @@ void VellGetHMTXMetrics(VellFontRef font, uint32_t glyph, uint16_t* advance, int
         record->code = kVellParamErr;
         return;
     }
-    VellView hhea = VellFontTableView(font, VellMakeTag("hhea"), record);
-    VellView hmtx = VellFontTableView(font, VellMakeTag("hmtx"), record);
-    uint32_t glyphCount = VellCountFontGlyphs(font, record);
-    if (record->code != 0) return;
-    if (hhea.empty() || hmtx.empty() || glyph >= glyphCount) {
+    const HorizontalMetrics& metrics = MetricsOf(font);
+    if (metrics.error.code != 0) {
+        *record = metrics.error;
+        return;
+    }
+    VellView hhea = metrics.hhea, hmtx = metrics.hmtx;
+    if (hhea.empty() || hmtx.empty() || glyph >= metrics.glyphCount) {
         record->code = kVellParamErr;
         return;
     }

@@ -58,11 +58,16 @@ VellCGArray MakeArray(const VellHandle& cmap, uint32_t index) {
     return mappings;
 }
 
-// The mapping of a code in an array sorted by code, or null.
-const VellCGPair* FindCode(const VellCGArray& mappings, uint32_t code) {
-    auto found = std::lower_bound(mappings.begin(), mappings.end(), code,
-                                  [](const VellCGPair& mapping, uint32_t wanted) { return mapping.code < wanted; });
-    return found != mappings.end() && found->code == code ? &*found : nullptr;
+// Walks `from` in code order and calls found(mapping, match) with its code's
+// mapping in `in`, or null. Both arrays are sorted by code with one entry per
+// code, so the walk goes through both in step.
+template <typename Found>
+void MatchCodes(const VellCGArray& from, const VellCGArray& in, Found found) {
+    auto other = in.begin();
+    for (const VellCGPair& mapping : from) {
+        while (other != in.end() && other->code < mapping.code) ++other;
+        found(mapping, other != in.end() && other->code == mapping.code ? &*other : nullptr);
+    }
 }
 
 bool SameMappings(const VellCGArray& a, const VellCGArray& b) {
@@ -115,17 +120,18 @@ void DumpLoneEncodings(TTableDumper& dumper, VellFontRef font, VellFontRef other
 void DumpChangedMappings(TTableDumper& dumper, const VellCGArray& original, const VellCGArray& modified,
                          bool unicode) {
     dumper.PrintLine("\t### Added mappings (in modified font and not original font):\n", true);
-    for (const VellCGPair& mapping : modified)
-        if (FindCode(original, mapping.code) == nullptr) PrintMapping(dumper, mapping.code, {mapping.glyph}, unicode);
+    MatchCodes(modified, original, [&](const VellCGPair& mapping, const VellCGPair* before) {
+        if (before == nullptr) PrintMapping(dumper, mapping.code, {mapping.glyph}, unicode);
+    });
     dumper.PrintLine("\n\t### Deleted mappings (in original font but not in modified font):\n", true);
-    for (const VellCGPair& mapping : original)
-        if (FindCode(modified, mapping.code) == nullptr) PrintMapping(dumper, mapping.code, {mapping.glyph}, unicode);
+    MatchCodes(original, modified, [&](const VellCGPair& mapping, const VellCGPair* now) {
+        if (now == nullptr) PrintMapping(dumper, mapping.code, {mapping.glyph}, unicode);
+    });
     dumper.PrintLine("\n\t### Changed mappings (char code ==> original font glyph ==> modified font glyph):\n", true);
-    for (const VellCGPair& mapping : original) {
-        const VellCGPair* now = FindCode(modified, mapping.code);
+    MatchCodes(original, modified, [&](const VellCGPair& mapping, const VellCGPair* now) {
         if (now != nullptr && now->glyph != mapping.glyph)
             PrintMapping(dumper, mapping.code, {mapping.glyph, now->glyph}, unicode);
-    }
+    });
 }
 
 }  // namespace

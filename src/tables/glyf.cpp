@@ -162,17 +162,20 @@ VellHandle GlyphData(const VellGlyphLocations& locations, uint32_t glyph) {
     return data;
 }
 
+VellView GlyphBytes(const VellGlyphLocations& locations, uint32_t glyph) {
+    ErrorRecord record;
+    VellView bytes = VellGetTTGlyphBytes(locations, glyph, &record);
+    ThrowIfVellError(record);
+    return bytes;
+}
+
 // Whether two glyphs' data differ, allowing up to four bytes of trailing padding
 // that bring the longer one to a multiple of four (whatever those bytes hold).
-bool GlyphDataDiffer(const VellHandle& modified, const VellHandle& original) {
-    ErrorRecord record;
-    uint32_t modifiedSize = VelmGetPtrSize(modified, &record);
-    uint32_t originalSize = VelmGetPtrSize(original, &record);
-    ThrowIfVellError(record);
-    uint32_t longer = std::max(modifiedSize, originalSize), shorter = std::min(modifiedSize, originalSize);
+bool GlyphDataDiffer(VellView modified, VellView original) {
+    size_t longer = std::max(modified.size(), original.size()), shorter = std::min(modified.size(), original.size());
     if (longer - shorter > 4) return true;
     if (longer != shorter && longer % 4 != 0) return true;
-    return !(VelmView(modified).sub(0, shorter) == VelmView(original).sub(0, shorter));
+    return !(modified.sub(0, shorter) == original.sub(0, shorter));
 }
 
 }  // namespace
@@ -224,18 +227,18 @@ int32_t TGLYFTableComparator::DumpTableDeltas() {
 
     // A glyph with an outline in only one font is not reported.
     uint32_t sharedGlyphs = std::min(original.glyphCount, modified.glyphCount);
+    // Glyphs are compared in place; only those reported are copied out.
     for (uint32_t glyph = 0; glyph < sharedGlyphs; ++glyph) {
-        VellHandle originalData = GlyphData(original, glyph);
-        VellHandle modifiedData = GlyphData(modified, glyph);
-        if (originalData && modifiedData && GlyphDataDiffer(modifiedData, originalData)) {
-            PrintGlyphField(0, "Glyph ID", glyph, true, true);
-            PrintLine("\n\t### Original glyph data\n", true);
-            PrintGlyph(originalData);
-            PrintLine("\n\t### Modified glyph data\n", true);
-            PrintGlyph(modifiedData);
-        }
-        if (originalData) DisposeBlock(originalData);
-        if (modifiedData) DisposeBlock(modifiedData);
+        VellView originalBytes = GlyphBytes(original, glyph), modifiedBytes = GlyphBytes(modified, glyph);
+        if (originalBytes.empty() || modifiedBytes.empty() || !GlyphDataDiffer(modifiedBytes, originalBytes)) continue;
+        VellHandle originalData = GlyphData(original, glyph), modifiedData = GlyphData(modified, glyph);
+        PrintGlyphField(0, "Glyph ID", glyph, true, true);
+        PrintLine("\n\t### Original glyph data\n", true);
+        PrintGlyph(originalData);
+        PrintLine("\n\t### Modified glyph data\n", true);
+        PrintGlyph(modifiedData);
+        DisposeBlock(originalData);
+        DisposeBlock(modifiedData);
     }
     return 0;
 }

@@ -141,7 +141,12 @@ std::string VellLanguageToString(int32_t platform, int32_t, int32_t language, Er
     std::string text;
     switch (platform - 1) {
         case kMacintoshPlatform: return FromList(kMacintoshLanguages, languageID, "Unknown language");
-        case kMicrosoftPlatform: text = MicrosoftLanguage(languageID); break;
+        // LCID 0 names no language: it is what a Microsoft 'cmap' subtable, which
+        // serves every language, carries.
+        case kMicrosoftPlatform:
+            if (languageID == 0) return "Language-independent";
+            text = MicrosoftLanguage(languageID);
+            break;
         // The other platforms define no languages; their records carry 0.
         default:
             if (languageID == 0) return "Language-independent";

@@ -7,63 +7,57 @@
 
 namespace {
 
-struct PrintCase {
-    const char* name;
-    void (*print)(TTableDumper&);
-    const char* expected;
-};
+// One print operation of a dumper without a font, and exactly what it prints.
+#define PRINTS(call, text) {[](TTableDumper& d) { d.call; }, text}
 
 const Bytes kPascal = {5, 'H', 'e', 'l', 'l', 'o', '!'};
 
-const PrintCase kPrintCases[] = {
-    {"line", [](TTableDumper& d) { d.PrintLine("100%% of %s and 5%", true); }, "100% of %s and 5%\n"},
-    {"pascal line", [](TTableDumper& d) { d.PrintPascalLine(VellView(kPascal), false); }, "Hello"},
-    {"pascal past the end", [](TTableDumper& d) { d.PrintPascalLine(VellView(kPascal.data(), 3), true); }, "He\n"},
-    {"with comment", [](TTableDumper& d) { d.PrintWithComment("12", -3); }, "12\t/* -3 */\n"},
-    {"string", [](TTableDumper& d) { d.PrintStringField(2, "Name", "Vell"); }, "\t\tName:\tVell\n"},
-    {"pascal field", [](TTableDumper& d) { d.PrintPascalStringField(1, "PS", VellView(kPascal)); }, "\tPS:\tHello\n"},
-    {"version 1.5", [](TTableDumper& d) { d.PrintVersionField(0, "Version", 0x00018000); }, "Version:\t1.32768\n"},
-    {"tag", [](TTableDumper& d) { d.PrintTagField(1, "Vendor", VellMakeTag("OS/2")); }, "\tVendor:\t'OS/2'\n"},
-    {"int32 hex open", [](TTableDumper& d) { d.PrintInt32Field(1, "N", -2, true, false); }, "\tN:\t0xFFFFFFFE"},
-    {"uint32 is signed", [](TTableDumper& d) { d.PrintUInt32Field(1, "N", 0xE7006EFF, false); }, "\tN:\t-419401985\n"},
-    {"uint32 hex", [](TTableDumper& d) { d.PrintUInt32Field(1, "N", 0xAB, true); }, "\tN:\t0x000000AB\n"},
-    {"uint16", [](TTableDumper& d) { d.PrintUInt16Field(1, "N", 0xFFFF, false); }, "\tN:\t65535\n"},
-    {"uint16 hex", [](TTableDumper& d) { d.PrintUInt16Field(1, "N", 0xFFFF, true); }, "\tN:\t0xFFFF\n"},
-    {"int16", [](TTableDumper& d) { d.PrintInt16Field(1, "N", -5, false); }, "\tN:\t-5\n"},
-    {"int16 hex extends", [](TTableDumper& d) { d.PrintInt16Field(1, "N", -1, true); }, "\tN:\t0xFFFFFFFF\n"},
-    {"int16 hex positive", [](TTableDumper& d) { d.PrintInt16Field(1, "N", 10, true); }, "\tN:\t0x000A\n"},
-    {"uint8", [](TTableDumper& d) { d.PrintUInt8Field(3, "N", 200, false); }, "\t\t\tN:\t200\n"},
-    {"uint8 hex", [](TTableDumper& d) { d.PrintUInt8Field(1, "N", 10, true); }, "\tN:\t0x0A\n"},
-    {"int8", [](TTableDumper& d) { d.PrintInt8Field(1, "N", -16, false); }, "\tN:\t-16\n"},
-    {"int8 hex extends", [](TTableDumper& d) { d.PrintInt8Field(1, "N", -16, true); }, "\tN:\t0xFFFFFFF0\n"},
-    {"boolean", [](TTableDumper& d) { d.PrintBooleanField(2, "Bold", true); }, "\t\tBold:\tTRUE\n"},
-    {"flag", [](TTableDumper& d) { d.PrintFlagField(2, "Fixed", 0); }, "\t\tFixed:\tFALSE\n"},
-    {"date epoch", [](TTableDumper& d) { d.PrintDateField(1, "Created", 0); }, "\tCreated:\t01/01/1904\n"},
-    {"date ignores high word",
-     [](TTableDumper& d) { d.PrintDateField(1, "Created", 0xFFFFFFFF00000000ULL + 3142224000ULL); },
-     "\tCreated:\t07/28/2003\n"},
-    {"date leap day", [](TTableDumper& d) { d.PrintDateField(1, "D", 86400ULL * (365 * 96 + 24 + 59)); },
-     "\tD:\t02/29/2000\n"},
-    {"point", [](TTableDumper& d) { d.PrintPointField(1, "P", 0x00018000, -0x20000); },
-     "\tP:\t( 1.500000, -2.000000 )\n"},
-    {"indexed point", [](TTableDumper& d) { d.PrintIndexedPoint(1, 3, 0x10000, 0); }, "\t3:\t( 1.000000, 0.000000 )\n"},
-    {"indexed uint8", [](TTableDumper& d) { d.PrintIndexedUInt8(1, 7, 0x1F, true); }, "\t7:\t0x1F\n"},
-    {"indexed uint16", [](TTableDumper& d) { d.PrintIndexedUInt16(1, 7, 300, false); }, "\t7:\t300\n"},
-    {"indexed uint16 hex", [](TTableDumper& d) { d.PrintIndexedUInt16(0, 7, 300, true); }, "7:\t0x012C\n"},
-    {"indexed pascal", [](TTableDumper& d) { d.PrintIndexedPascalString(1, 2, VellView(kPascal)); }, "\t2:\tHello\n"},
-    {"unicode value open", [](TTableDumper& d) { d.PrintUnicodeValue(1, "Char", 0x41, true, true); }, "\tChar:\tU+0041"},
-    {"byte value", [](TTableDumper& d) { d.PrintUnicodeValue(1, nullptr, 0x41, false, true); }, "\t0x41"},
-    {"glyph without font", [](TTableDumper& d) { d.PrintGlyphField(1, "Glyph", 36, false, false); }, "\tGlyph:\t36\n"},
-    {"glyph null label", [](TTableDumper& d) { d.PrintGlyphField(0, nullptr, 3, false, false); }, "(null):\t3\n"},
-    {"font name without font", [](TTableDumper& d) { d.PrintFontNameField(1, "Name", 4); }, "\tName:\t4\n"},
+const std::pair<void (*)(TTableDumper&), const char*> kPrintCases[] = {
+    PRINTS(PrintLine("100%% of %s and 5%", true), "100% of %s and 5%\n"),
+    PRINTS(PrintPascalLine(VellView(kPascal), false), "Hello"),
+    PRINTS(PrintPascalLine(VellView(kPascal.data(), 3), true), "He\n"),  // a length past the view
+    PRINTS(PrintWithComment("12", -3), "12\t/* -3 */\n"),
+    PRINTS(PrintStringField(2, "Name", "Vell"), "\t\tName:\tVell\n"),
+    PRINTS(PrintPascalStringField(1, "PS", VellView(kPascal)), "\tPS:\tHello\n"),
+    PRINTS(PrintVersionField(0, "Version", 0x00018000), "Version:\t1.32768\n"),
+    PRINTS(PrintTagField(1, "Vendor", VellMakeTag("OS/2")), "\tVendor:\t'OS/2'\n"),
+    PRINTS(PrintInt32Field(1, "N", -2, true, false), "\tN:\t0xFFFFFFFE"),  // the line is left open
+    PRINTS(PrintUInt32Field(1, "N", 0xE7006EFF, false), "\tN:\t-419401985\n"),  // unsigned, printed signed
+    PRINTS(PrintUInt32Field(1, "N", 0xAB, true), "\tN:\t0x000000AB\n"),
+    PRINTS(PrintUInt16Field(1, "N", 0xFFFF, false), "\tN:\t65535\n"),
+    PRINTS(PrintUInt16Field(1, "N", 0xFFFF, true), "\tN:\t0xFFFF\n"),
+    PRINTS(PrintInt16Field(1, "N", -5, false), "\tN:\t-5\n"),
+    PRINTS(PrintInt16Field(1, "N", -1, true), "\tN:\t0xFFFFFFFF\n"),  // sign-extended to 32 bits
+    PRINTS(PrintInt16Field(1, "N", 10, true), "\tN:\t0x000A\n"),
+    PRINTS(PrintUInt8Field(3, "N", 200, false), "\t\t\tN:\t200\n"),
+    PRINTS(PrintUInt8Field(1, "N", 10, true), "\tN:\t0x0A\n"),
+    PRINTS(PrintInt8Field(1, "N", -16, false), "\tN:\t-16\n"),
+    PRINTS(PrintInt8Field(1, "N", -16, true), "\tN:\t0xFFFFFFF0\n"),  // and so is an 8-bit one
+    PRINTS(PrintBooleanField(2, "Bold", true), "\t\tBold:\tTRUE\n"),
+    PRINTS(PrintFlagField(2, "Fixed", 0), "\t\tFixed:\tFALSE\n"),
+    PRINTS(PrintDateField(1, "Created", 0), "\tCreated:\t01/01/1904\n"),
+    PRINTS(PrintDateField(1, "D", 0xFFFFFFFF00000000ULL + 3142224000ULL), "\tD:\t07/28/2003\n"),  // no high word
+    PRINTS(PrintDateField(1, "D", 86400ULL * (365 * 96 + 24 + 59)), "\tD:\t02/29/2000\n"),
+    PRINTS(PrintPointField(1, "P", 0x00018000, -0x20000), "\tP:\t( 1.500000, -2.000000 )\n"),
+    PRINTS(PrintIndexedPoint(1, 3, 0x10000, 0), "\t3:\t( 1.000000, 0.000000 )\n"),
+    PRINTS(PrintIndexedUInt8(1, 7, 0x1F, true), "\t7:\t0x1F\n"),
+    PRINTS(PrintIndexedUInt16(1, 7, 300, false), "\t7:\t300\n"),
+    PRINTS(PrintIndexedUInt16(0, 7, 300, true), "7:\t0x012C\n"),
+    PRINTS(PrintIndexedPascalString(1, 2, VellView(kPascal)), "\t2:\tHello\n"),
+    PRINTS(PrintUnicodeValue(1, "Char", 0x41, true, true), "\tChar:\tU+0041"),  // without -u the line is left open
+    PRINTS(PrintUnicodeValue(1, nullptr, 0x41, false, true), "\t0x41"),
+    PRINTS(PrintGlyphField(1, "Glyph", 36, false, false), "\tGlyph:\t36\n"),  // without a font, a plain number
+    PRINTS(PrintGlyphField(0, nullptr, 3, false, false), "(null):\t3\n"),  // as the C library prints a null string
+    PRINTS(PrintFontNameField(1, "Name", 4), "\tName:\t4\n"),
 };
+#undef PRINTS
 
 TEST(PrintOperations, PrintExactly) {
-    for (const PrintCase& c : kPrintCases) {
+    for (const auto& [print, expected] : kPrintCases) {
         CapturedStream out;
         TTableDumper dumper(VelmNewHandle(Bytes{}), out.file(), nullptr);
-        c.print(dumper);
-        EXPECT_EQ(out.Text(), c.expected) << c.name;
+        print(dumper);
+        EXPECT_EQ(out.Text(), expected);
     }
 }
 

@@ -20,10 +20,11 @@ const std::string kEmptySections =
     "##### Tables deleted (in original font but not in modified font)\n#####End tables deleted\n\n"
     "##### Tables changed\n#####End tables changed\n\n";
 
-std::string Header(const std::string& original, const std::string& modified, std::string name = "Sample Regular") {
-    const std::string rule(64, '='), names = ", full name: " + name + ", version: Version 1.000\n";
-    return rule + "\nOriginal font: \n  file name: " + original + names + "Modified font:\n  file name: " + modified +
-           names + "\n" + rule + "\n\n";
+std::string Header(const std::string& original, const std::string& modified, std::string name = "Sample Regular",
+                   std::string modifiedVersion = "Version 1.000") {
+    const std::string rule(64, '='), names = ", full name: " + name + ", version: ";
+    return rule + "\nOriginal font: \n  file name: " + original + names + "Version 1.000\nModified font:\n" +
+           "  file name: " + modified + names + modifiedVersion + "\n\n" + rule + "\n\n";
 }
 
 std::string Aborting(const std::string& modified, const std::string& original) {
@@ -78,16 +79,15 @@ TEST_F(Cli, OptionsOperandsPairingAndStatuses) {
 }
 
 TEST_F(Cli, VerboseNotesGoToTheReportFileAndStandardError) {
-    FontTables modified = SampleFont();
-    SetU16(modified["head"], 18, 1000);
-    std::string m = dir.Write("m.ttf", BuildSfnt(modified)), report = dir.Path("report.txt");
+    std::string m = dir.Write("m.ttf", BuildSfnt(SampleFont("Sample Regular", "Version 2.000")));
+    std::string report = dir.Path("report.txt");
     RunResult run = RunVellcmp({"-v", "-o", report, a, m});
     EXPECT_EQ(run.out, "");
     EXPECT_THAT(ReadFile(report), ::testing::StartsWith("Diffing \"" + m + "\" and \"" + a +
                                                         "\"\n\tFSPathMakeRef() == 0\n\tFSPathMakeRef() == 0\n" +
-                                                        Header(a, m)));
+                                                        Header(a, m, "Sample Regular", "Version 2.000")));
     EXPECT_THAT(run.err, ::testing::StartsWith("Looking for match for font name 'Sample Regular'\n\tFound 'Sample "
-                                               "Regular'\nFound a delta in the 'head' tables\n\tAbout to create "
+                                               "Regular'\nFound a delta in the 'name' tables\n\tAbout to create "
                                                "the comparator\n\tThe comparator == 0x"));
 }
 

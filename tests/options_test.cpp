@@ -22,17 +22,18 @@ std::string WithoutAccount(std::string report, const std::string& tag) {
     return report.erase(start, report.find(footer, start) + footer.size() - start);
 }
 
-// A pair whose 'head' and 'cvt ' differ.
+// A pair whose 'head' and 'cvt ' differ, 'cvt ' in size too.
 class LongOptions : public ::testing::Test {
 protected:
-    static Bytes Font(uint32_t fontRevision, uint8_t controlValue) {
+    static Bytes Font(uint32_t fontRevision, Bytes cvt) {
         FontTables font = SampleFont();
         SetU32(font["head"], 4, fontRevision);
-        font["cvt "] = Bytes{0, 1, 0, controlValue};
+        font["cvt "] = cvt;
         return BuildSfnt(font);
     }
     TempDir dir;
-    std::string o = dir.Write("o.ttf", Font(0x00010000, 2)), m = dir.Write("m.ttf", Font(0x00010042, 3));
+    std::string o = dir.Write("o.ttf", Font(0x00010000, {0, 1, 0, 2}));
+    std::string m = dir.Write("m.ttf", Font(0x00010042, {0, 1, 0, 3, 0, 4}));
     std::string plain = RunVellcmp({o, m}).out;
 };
 
@@ -40,7 +41,7 @@ TEST_F(LongOptions, EachChangesOnlyWhatItNames) {
     const std::pair<std::vector<std::string>, std::string> cases[] = {
         {{"--summary", "--"}, plain.substr(0, plain.find("##### Tables changed\n")) +
                                   "##### Tables changed\n\t'head' 54 bytes (54 bytes in the original font)\n"
-                                  "\t'cvt ' 4 bytes (4 bytes in the original font)\n#####End tables changed\n\n"},
+                                  "\t'cvt ' 6 bytes (4 bytes in the original font)\n#####End tables changed\n\n"},
         // The lists still name every changed table; only the accounts are chosen.
         {{"--tables=cvt"}, WithoutAccount(plain, "head")},
         {{"--tables=head,cvt "}, plain},
@@ -56,8 +57,10 @@ TEST_F(LongOptions, EachChangesOnlyWhatItNames) {
 
 TEST_F(LongOptions, ExitCodeSaysIdenticalDifferentOrFailedAsDiffDoes) {
     std::string twoFonts = dir.Write("two.ttc", BuildCollection({SampleFont(), SampleFont("Other")}));
+    std::string bare = dir.Write("bare.ttf", BuildSfnt(SampleFont()));  // the original without its 'cvt '
     const std::pair<std::vector<std::string>, int> cases[] = {
         {{"--exit-code", o, o}, 0}, {{"--exit-code", o, m}, 1}, {{o, m}, 0},
+        {{"--exit-code", bare, o}, 1}, {{"--exit-code", o, bare}, 1},  // a table added, a table deleted
         {{"--exit-code", o, twoFonts}, 1},  // a font without a partner is a difference
         {{"--exit-code", o, dir.Path("missing.ttf")}, 2}, {{"--exit-code", o}, 2}, {{"--exit-code", "-x"}, 2},
     };

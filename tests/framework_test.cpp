@@ -8,7 +8,6 @@
 #include "framework/VellGlyphs.h"
 #include "framework/VellNames.h"
 #include "framework/VellPlatform.h"
-#include "framework/VellTables.h"
 #include "support/Harness.h"
 
 namespace {
@@ -37,18 +36,6 @@ TEST(FontFiles, CollectionsAndResourceForksListTheirFontsInOrder) {
         ASSERT_EQ(list->entries.size(), 3u);
         EXPECT_EQ(FullName(list->entries[0].font) + FullName(list->entries[2].font), names);
     }
-}
-
-// Directory order, zero-length and missing tables are left to the driver's tests.
-TEST(FontFiles, TableIndicesRunFromOneToTheTableCount) {
-    LoadedFont font(SampleFont());
-    VellTag tag = 0;
-    for (uint32_t index : {0u, 7u, 8u}) {
-        ErrorRecord record;
-        VellGetFontTable(font.font(), index, nullptr, &tag, &record);
-        EXPECT_EQ(record.code == 0, index == 7) << index;
-    }
-    EXPECT_EQ(tag, VellMakeTag("name"));
 }
 
 TEST(Names, TheLookupPrefersWindowsEnglishThenUnicodeThenMacRoman) {

@@ -45,7 +45,8 @@ TEST_F(Cli, OptionsOperandsPairingAndStatuses) {
     const std::string report = Header(a, b) + kEmptySections, usage = kVersionLine + kUsage;
     // getopt names the option; the tool's own line shows '?'.
     const std::string unknown = VELLCMP_BINARY ": invalid option -- 'x'\n#### ERROR:  Unknown option: ?\n";
-    const std::string count = "##### ERROR:  There must be exactly two font files as arguments, when there appears to";
+    const std::string count =
+        "##### ERROR:  There must be exactly two font files as arguments, when there appears to be ";
     const struct { std::vector<std::string> arguments; std::string out, err; int status; } cases[] = {
         {{a, b}, report, "", 0},
         {{}, usage, "", 0},
@@ -55,8 +56,8 @@ TEST_F(Cli, OptionsOperandsPairingAndStatuses) {
         {{"-x", a, b}, report, unknown, 0},  // an unknown option still compares two operands
         {{"-x"}, usage, unknown, 1},
         {{"-o", unwritable}, usage, "#### ERROR:  Cannot open output file \"" + unwritable + "\"\n", 1},
-        {{a}, "", count + " be 1!\n", 1},
-        {{a, "-v", b}, "", count + " be 3!\n", 1},  // options stop at the first operand
+        {{a}, "", count + "1!\n", 1},
+        {{a, "-v", b}, "", count + "3!\n", 1},  // options stop at the first operand
         {{missing, b}, "", "##### ERROR:  File " + missing + " not found\n" + Aborting(b, missing), 1},
         // A directory is reported, then the font-list call on it fails.
         {{a, dir.path()}, "", "##### ERROR:  " + dir.path() + " is a directory, not a file\n##### ERROR: The Vellkit "

@@ -65,16 +65,17 @@ protected:
 TEST_F(WebFonts, ReportAndDumpAsTheirSfntDoes) {
     Bytes woff2 = BuildWOFF2(BuildSfnt(modified));
     Bytes collection = BuildWOFF2(BuildCollection({SampleFont("One"), modified}));
-    const std::pair<Bytes, Bytes> webFonts[] = {{BuildSfnt(modified), BuildWOFF(modified)},
-                                                {DecodedByTheReference(woff2), woff2},
-                                                {DecodedByTheReference(collection), collection}};
-    for (const auto& [sfnt, webFont] : webFonts) {
+    const std::tuple<const char*, Bytes, Bytes> webFonts[] = {
+        {"WOFF", BuildSfnt(modified), BuildWOFF(modified)},
+        {"WOFF2", DecodedByTheReference(woff2), woff2},
+        {"WOFF2 collection", DecodedByTheReference(collection), collection}};
+    for (const auto& [flavor, sfnt, webFont] : webFonts) {
         // One file name for both, so that the reports' headers agree.
         dir.Write("m", sfnt);
         std::string report = RunVellcmp({o, m}).out, dump = RunVelldump({m}).out;
         dir.Write("m", webFont);
-        EXPECT_EQ(RunVellcmp({o, m}).out, report) << webFont.size();
-        EXPECT_EQ(RunVelldump({m}).out, dump) << webFont.size();
+        EXPECT_EQ(RunVellcmp({o, m}).out, report) << flavor;
+        EXPECT_EQ(RunVelldump({m}).out, dump) << flavor;
     }
 }
 

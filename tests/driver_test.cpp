@@ -1,5 +1,6 @@
 // The font diff driver: the three table sections, the zero-padding allowance
-// when lengths differ by up to three bytes, and the registry's choices.
+// when lengths differ by up to three bytes, and the registry's choices; the
+// error codes, their messages and their reporting.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -12,116 +13,77 @@
 
 namespace {
 
-std::string Diff(const FontTables& modified, const FontTables& original) {
-    int32_t code = 0;
-    std::string report = DiffReport(modified, original, &code);
-    EXPECT_EQ(code, 0);
-    return report;
-}
-
-// Only the "Tables changed" section's tag lines.
-std::string ChangedTags(const FontTables& modified, const FontTables& original) {
-    std::string report = Diff(modified, original), tags;
-    for (size_t at = report.find("\n\t'"); at != std::string::npos; at = report.find("\n\t'", at + 1))
-        tags += report.substr(at + 3, 4) + " ";
-    return tags;
-}
-
 FontTables WithTable(const Bytes& bytes) {
     FontTables font = SampleFont();
     font["zzzz"] = bytes;
     return font;
 }
 
-Bytes Pattern(size_t length) {
+// Bytes 1, 2, 3, ... with the given positions zero.
+Bytes Pattern(size_t length, std::initializer_list<size_t> zeros = {}) {
     Bytes bytes(length);
     for (size_t i = 0; i < length; ++i) bytes[i] = static_cast<uint8_t>(i + 1);
+    for (size_t i : zeros) bytes[i] = 0;
     return bytes;
 }
 
-TEST(Driver, ListsAddedAndDeletedTablesInDirectoryOrder) {
+TEST(Driver, ListsAddedDeletedAndChangedTablesInDirectoryOrder) {
     FontTables original = SampleFont(), modified = SampleFont();
     modified["DSIG"] = Bytes(8, 0);
     modified["cvt "] = Bytes(6, 1);
     original["hsty"] = Bytes(22, 0);
-    EXPECT_EQ(Diff(modified, original),
+    // A changed 'loca' gets only its tag line: the 'glyf' comparison says what its offsets would.
+    original["loca"] = Bytes{0, 0, 0, 4};
+    modified["loca"] = Bytes{0, 0, 0, 8};
+    // An empty table counts as missing, and as changed.
+    original["zzzz"] = Bytes{'a', 'b', 'c', 'd'};
+    modified["zzzz"] = Bytes{};
+    EXPECT_EQ(DiffReport(modified, original),
               "##### Tables added (in modified font and not original font)\n"
               "\t'DSIG' 8 bytes\n\t'cvt ' 6 bytes\n"
               "##### End tables added\n\n"
               "##### Tables deleted (in original font but not in modified font)\n"
-              "\t'hsty' 22 bytes\n"
+              "\t'hsty' 22 bytes\n\t'zzzz' 4 bytes\n"
               "#####End tables deleted\n\n"
-              "##### Tables changed\n"
+              "##### Tables changed\n\n\t'loca'\n\n\t'zzzz'\n"
+              "##### Table 'zzzz' (0 bytes in the modified font)\n                   (4 bytes in the original font)\n"
+              "==> 0x00000000\t" + std::string(24, ' ') + "\t|\t" + std::string(8, ' ') + "\t||\t61 62 63 64 " +
+                  std::string(12, ' ') + "\t|\tabcd    \n\n#####\n End table comparison\n\n\n\n#####\n End table\n\n\n"
               "#####End tables changed\n\n");
 }
 
-TEST(Driver, TrailingZerosOfTheLongerOriginalCountAsPadding) {
-    Bytes original = Pattern(100);
-    original[98] = original[99] = 0;
-    EXPECT_EQ(ChangedTags(WithTable(Pattern(98)), WithTable(original)), "");
-    original[99] = 1;
-    EXPECT_EQ(ChangedTags(WithTable(Pattern(98)), WithTable(original)), "zzzz ");
-    // With padding allowed, the first bytes are still compared.
-    Bytes modified = Pattern(98);
-    original[99] = 0;
-    modified[3] = 0xEE;
-    EXPECT_EQ(ChangedTags(WithTable(modified), WithTable(original)), "zzzz ");
-}
-
-TEST(Driver, ALongerModifiedTableNeedsItsWholeLastWordZero) {
-    Bytes original = Pattern(98), modified = Pattern(98);
-    modified.resize(100, 0);
-    // The modified bytes 96 and 97 are not zero: changed, though only padding was added.
-    EXPECT_EQ(ChangedTags(WithTable(modified), WithTable(original)), "zzzz ");
-    original[96] = original[97] = modified[96] = modified[97] = 0;
-    EXPECT_EQ(ChangedTags(WithTable(modified), WithTable(original)), "");
-}
-
-TEST(Driver, LengthsThatNoPaddingExplainsAreChanged) {
-    EXPECT_EQ(ChangedTags(WithTable(Pattern(7)), WithTable(Pattern(9))), "zzzz ");
-    EXPECT_EQ(ChangedTags(WithTable(Pattern(9)), WithTable(Pattern(7))), "zzzz ");
-    Bytes zeros(12, 0);
-    EXPECT_EQ(ChangedTags(WithTable(Bytes(16, 0)), WithTable(zeros)), "zzzz ");
-}
-
-TEST(Driver, AnEmptyModifiedTableIsDeletedAndChangedAtOnce) {
-    FontTables original = WithTable(Pattern(4)), modified = WithTable(Bytes{});
-    std::string report = Diff(modified, original);
-    EXPECT_NE(report.find("\t'zzzz' 4 bytes\n#####End tables deleted"), std::string::npos) << report;
-    EXPECT_NE(report.find("\n\t'zzzz'\n##### Table 'zzzz' (0 bytes in the modified font)\n"
-                          "                   (4 bytes in the original font)\n"
-                          "==> 0x00000000\t" + std::string(24, ' ')),
-              std::string::npos)
-        << report;
-}
-
-TEST(Driver, AChangedLocaGetsOnlyItsTagLine) {
-    FontTables original = SampleFont(), modified = SampleFont();
-    original["loca"] = Bytes{0, 0, 0, 4};
-    modified["loca"] = Bytes{0, 0, 0, 8};
-    EXPECT_EQ(Diff(modified, original),
-              "##### Tables added (in modified font and not original font)\n##### End tables added\n\n"
-              "##### Tables deleted (in original font but not in modified font)\n#####End tables deleted\n\n"
-              "##### Tables changed\n\n\t'loca'\n#####End tables changed\n\n");
+// Up to three trailing zero bytes that round a table up to four bytes are padding:
+// the original's beyond the modified length, or the modified table's whole last word.
+TEST(Driver, ZeroPaddingToAFourByteBoundaryIsNoChange) {
+    const struct { Bytes modified, original; bool changed; } cases[] = {
+        {Pattern(98), Pattern(100, {98, 99}), false},
+        {Pattern(98), Pattern(100, {98}), true},
+        {Pattern(98, {3}), Pattern(100, {98, 99}), true},  // the first bytes are still compared
+        {Pattern(100, {98, 99}), Pattern(98), true},       // bytes 96 and 97 are not zero
+        {Pattern(100, {96, 97, 98, 99}), Pattern(98, {96, 97}), false},
+        {Pattern(7), Pattern(9, {7, 8}), true},  // the longer table does not end on a boundary
+        {Pattern(9, {5, 6, 7, 8}), Pattern(7, {5, 6}), true},
+        {Bytes(16, 0), Bytes(12, 0), true},  // four bytes are more than padding
+    };
+    for (const auto& [modified, original, changed] : cases) {
+        std::string report = DiffReport(WithTable(modified), WithTable(original));
+        EXPECT_EQ(report.find("\n\t'zzzz'\n") != std::string::npos, changed) << modified.size() << original.size();
+    }
 }
 
 TEST(Registry, BuildsTheGenericComparatorForTagsWithoutAHandler) {
-    FontTables original = WithTable(Pattern(8)), modified = WithTable(Pattern(8));
-    modified["zzzz"][0] = 9;
-    LoadedFont m(modified), o(original);
+    LoadedFont m(WithTable(Pattern(8, {0}))), o(WithTable(Pattern(8)));
     auto comparator = MakeTableComparator(m.font(), o.font(), VellMakeTag("zzzz"), nullptr);
     ASSERT_TRUE(comparator);
     EXPECT_EQ(comparator->GetHandlerKind(), 11);
     EXPECT_EQ(comparator->GetTableTag(), VellMakeTag("zzzz"));
     EXPECT_EQ(comparator->GetModifiedFont(), m.font());
     EXPECT_EQ(comparator->GetOriginalFont(), o.font());
-    EXPECT_FALSE(MakeTableComparator(m.font(), o.font(), VellMakeTag("loca"), nullptr));
     EXPECT_FALSE(MakeTableComparator(m.font(), o.font(), VellMakeTag("none"), nullptr));
 }
 
 TEST(Errors, FrameworkCodesMapToTheToolsCodes) {
-    const std::pair<int32_t, int32_t> mapping[] = {{-1, -1}, {-2, -2}, {-3, -4}, {-7, -5}, {5, -6}, {-4, -6}, {-100, -6}};
-    for (auto [framework, tool] : mapping) {
+    for (auto [framework, tool] : {std::pair{-1, -1}, {-2, -2}, {-3, -4}, {-7, -5}, {5, -6}, {-4, -6}, {-100, -6}}) {
         ErrorRecord record;
         record.code = framework;
         MapFrameworkError(&record);
@@ -131,45 +93,28 @@ TEST(Errors, FrameworkCodesMapToTheToolsCodes) {
     EXPECT_STREQ(VellCmpErrorMessage(-8), "The requested named font was not found within one of the font files.");
 }
 
-TEST(Errors, AReportedRecordIsMarkedAndNotReportedAgain) {
-    ErrorRecord record;
-    record.code = -6;
-    record.name = "Font";
-    testing::internal::CaptureStderr();
-    ReportError(&record);
-    ReportError(&record);
-    record.code = -8;
-    ReportError(&record);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "##### ERROR: The Vellkit reported a problem.\n\tFont\n");
-    EXPECT_EQ(record.code, -8);
-}
-
-}  // namespace
-
-namespace {
-
-// A message table in "<language>.lproj" next to the executable replaces the
-// English text for users of that language.
-TEST(Errors, MessagesAreLocalizedFromTheStringsTableNextToTheExecutable) {
+// A record is reported once, in the user's language when a message table in
+// "<language>.lproj" next to the executable has its text.
+TEST(Errors, ARecordIsReportedOnceInTheUsersLanguage) {
     std::string directory = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "xx.lproj";
     std::filesystem::create_directories(directory);
-    {
-        std::ofstream table(directory + "/VellCmpErrors.strings");
-        table << "/* xx */\n\"The Vellkit reported a problem.\" = \"Vellkit: ein Problem.\";\n";
-    }
-    const char* saved = std::getenv("LC_ALL");
-    std::string savedValue = saved ? saved : "";
+    std::ofstream(directory + "/VellCmpErrors.strings")
+        << "/* xx */\n\"The Vellkit reported a problem.\" = \"Vellkit: ein Problem.\";\n";
     setenv("LC_ALL", "xx_YY.UTF-8", 1);
-    ErrorRecord record;
-    testing::internal::CaptureStderr();
+    ErrorRecord record, internal;
     record.code = -6;
+    record.name = "Font";
+    internal.code = -1;
+    testing::internal::CaptureStderr();
     ReportError(&record);
-    record.code = -1;
     ReportError(&record);
+    ReportError(&internal);
+    internal.code = -8;  // a -f name not found is left to the "Aborting" line
+    ReportError(&internal);
     std::string err = testing::internal::GetCapturedStderr();
-    if (saved) setenv("LC_ALL", savedValue.c_str(), 1); else unsetenv("LC_ALL");
+    unsetenv("LC_ALL");  // no other message table exists
     std::filesystem::remove_all(directory);
-    EXPECT_EQ(err, "##### ERROR: Vellkit: ein Problem.\n##### ERROR: An internal error occurred.\n");
+    EXPECT_EQ(err, "##### ERROR: Vellkit: ein Problem.\n\tFont\n##### ERROR: An internal error occurred.\n");
 }
 
 }  // namespace

@@ -2,82 +2,64 @@
 // a dumper, and the comparison frame with its side-by-side hex difference.
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "comparators/TTableComparator.h"
 #include "support/Harness.h"
 
 namespace {
 
-struct PrintCase {
-    const char* name;
-    std::function<void(TTableDumper&)> print;
-    const char* expected;
-};
+// One print operation of a dumper without a font, and exactly what it prints.
+#define PRINTS(call, text) {[](TTableDumper& d) { d.call; }, text}
 
 const Bytes kPascal = {5, 'H', 'e', 'l', 'l', 'o', '!'};
 
-const PrintCase kPrintCases[] = {
-    {"line", [](TTableDumper& d) { d.PrintLine("100%% of %s and 5%", true); }, "100% of %s and 5%\n"},
-    {"pascal line", [](TTableDumper& d) { d.PrintPascalLine(VellView(kPascal), false); }, "Hello"},
-    {"pascal past the end", [](TTableDumper& d) { d.PrintPascalLine(VellView(kPascal.data(), 3), true); }, "He\n"},
-    {"with comment", [](TTableDumper& d) { d.PrintWithComment("12", -3); }, "12\t/* -3 */\n"},
-    {"string", [](TTableDumper& d) { d.PrintStringField(2, "Name", "Vell"); }, "\t\tName:\tVell\n"},
-    {"pascal field", [](TTableDumper& d) { d.PrintPascalStringField(1, "PS", VellView(kPascal)); }, "\tPS:\tHello\n"},
-    {"version 1.0", [](TTableDumper& d) { d.PrintVersionField(1, "Version", 0x00010000); }, "\tVersion:\t1.0\n"},
-    {"version 1.5", [](TTableDumper& d) { d.PrintVersionField(0, "Version", 0x00018000); }, "Version:\t1.32768\n"},
-    {"tag", [](TTableDumper& d) { d.PrintTagField(1, "Vendor", VellMakeTag("OS/2")); }, "\tVendor:\t'OS/2'\n"},
-    {"int32", [](TTableDumper& d) { d.PrintInt32Field(1, "N", -419401985, false, true); }, "\tN:\t-419401985\n"},
-    {"int32 hex open", [](TTableDumper& d) { d.PrintInt32Field(1, "N", -2, true, false); }, "\tN:\t0xFFFFFFFE"},
-    {"uint32 is signed", [](TTableDumper& d) { d.PrintUInt32Field(1, "N", 0xE7006EFF, false); }, "\tN:\t-419401985\n"},
-    {"uint32 hex", [](TTableDumper& d) { d.PrintUInt32Field(1, "N", 0xAB, true); }, "\tN:\t0x000000AB\n"},
-    {"uint16", [](TTableDumper& d) { d.PrintUInt16Field(1, "N", 0xFFFF, false); }, "\tN:\t65535\n"},
-    {"uint16 hex", [](TTableDumper& d) { d.PrintUInt16Field(1, "N", 0xFFFF, true); }, "\tN:\t0xFFFF\n"},
-    {"int16", [](TTableDumper& d) { d.PrintInt16Field(1, "N", -5, false); }, "\tN:\t-5\n"},
-    {"int16 hex extends", [](TTableDumper& d) { d.PrintInt16Field(1, "N", -1, true); }, "\tN:\t0xFFFFFFFF\n"},
-    {"int16 hex positive", [](TTableDumper& d) { d.PrintInt16Field(1, "N", 10, true); }, "\tN:\t0x000A\n"},
-    {"uint8", [](TTableDumper& d) { d.PrintUInt8Field(3, "N", 200, false); }, "\t\t\tN:\t200\n"},
-    {"uint8 hex", [](TTableDumper& d) { d.PrintUInt8Field(1, "N", 10, true); }, "\tN:\t0x0A\n"},
-    {"int8", [](TTableDumper& d) { d.PrintInt8Field(1, "N", -16, false); }, "\tN:\t-16\n"},
-    {"int8 hex extends", [](TTableDumper& d) { d.PrintInt8Field(1, "N", -16, true); }, "\tN:\t0xFFFFFFF0\n"},
-    {"boolean", [](TTableDumper& d) { d.PrintBooleanField(2, "Bold", true); }, "\t\tBold:\tTRUE\n"},
-    {"flag", [](TTableDumper& d) { d.PrintFlagField(2, "Fixed", 0); }, "\t\tFixed:\tFALSE\n"},
-    {"date epoch", [](TTableDumper& d) { d.PrintDateField(1, "Created", 0); }, "\tCreated:\t01/01/1904\n"},
-    {"date ignores high word",
-     [](TTableDumper& d) { d.PrintDateField(1, "Created", 0xFFFFFFFF00000000ULL + 3142224000ULL); },
-     "\tCreated:\t07/28/2003\n"},
-    {"date leap day", [](TTableDumper& d) { d.PrintDateField(1, "D", 86400ULL * (365 * 96 + 24 + 59)); },
-     "\tD:\t02/29/2000\n"},
-    {"point", [](TTableDumper& d) { d.PrintPointField(1, "P", 0x00018000, -0x20000); },
-     "\tP:\t( 1.500000, -2.000000 )\n"},
-    {"indexed point", [](TTableDumper& d) { d.PrintIndexedPoint(1, 3, 0x10000, 0); }, "\t3:\t( 1.000000, 0.000000 )\n"},
-    {"indexed uint8", [](TTableDumper& d) { d.PrintIndexedUInt8(1, 7, 0x1F, true); }, "\t7:\t0x1F\n"},
-    {"indexed uint16", [](TTableDumper& d) { d.PrintIndexedUInt16(1, 7, 300, false); }, "\t7:\t300\n"},
-    {"indexed uint16 hex", [](TTableDumper& d) { d.PrintIndexedUInt16(0, 7, 300, true); }, "7:\t0x012C\n"},
-    {"indexed pascal", [](TTableDumper& d) { d.PrintIndexedPascalString(1, 2, VellView(kPascal)); }, "\t2:\tHello\n"},
-    {"unicode value open", [](TTableDumper& d) { d.PrintUnicodeValue(1, "Char", 0x41, true, true); }, "\tChar:\tU+0041"},
-    {"byte value", [](TTableDumper& d) { d.PrintUnicodeValue(1, nullptr, 0x41, false, true); }, "\t0x41"},
-    {"glyph without font", [](TTableDumper& d) { d.PrintGlyphField(1, "Glyph", 36, false, false); }, "\tGlyph:\t36\n"},
-    {"glyph null label", [](TTableDumper& d) { d.PrintGlyphField(0, nullptr, 3, false, false); }, "(null):\t3\n"},
-    {"font name without font", [](TTableDumper& d) { d.PrintFontNameField(1, "Name", 4); }, "\tName:\t4\n"},
+const std::pair<void (*)(TTableDumper&), const char*> kPrintCases[] = {
+    PRINTS(PrintLine("100%% of %s and 5%", true), "100% of %s and 5%\n"),
+    PRINTS(PrintPascalLine(VellView(kPascal), false), "Hello"),
+    PRINTS(PrintPascalLine(VellView(kPascal.data(), 3), true), "He\n"),  // a length past the view
+    PRINTS(PrintWithComment("12", -3), "12\t/* -3 */\n"),
+    PRINTS(PrintStringField(2, "Name", "Vell"), "\t\tName:\tVell\n"),
+    PRINTS(PrintPascalStringField(1, "PS", VellView(kPascal)), "\tPS:\tHello\n"),
+    PRINTS(PrintVersionField(0, "Version", 0x00018000), "Version:\t1.32768\n"),
+    PRINTS(PrintTagField(1, "Vendor", VellMakeTag("OS/2")), "\tVendor:\t'OS/2'\n"),
+    PRINTS(PrintInt32Field(1, "N", -2, true, false), "\tN:\t0xFFFFFFFE"),  // the line is left open
+    PRINTS(PrintUInt32Field(1, "N", 0xE7006EFF, false), "\tN:\t-419401985\n"),  // unsigned, printed signed
+    PRINTS(PrintUInt32Field(1, "N", 0xAB, true), "\tN:\t0x000000AB\n"),
+    PRINTS(PrintUInt16Field(1, "N", 0xFFFF, false), "\tN:\t65535\n"),
+    PRINTS(PrintUInt16Field(1, "N", 0xFFFF, true), "\tN:\t0xFFFF\n"),
+    PRINTS(PrintInt16Field(1, "N", -5, false), "\tN:\t-5\n"),
+    PRINTS(PrintInt16Field(1, "N", -1, true), "\tN:\t0xFFFFFFFF\n"),  // sign-extended to 32 bits
+    PRINTS(PrintInt16Field(1, "N", 10, true), "\tN:\t0x000A\n"),
+    PRINTS(PrintUInt8Field(3, "N", 200, false), "\t\t\tN:\t200\n"),
+    PRINTS(PrintUInt8Field(1, "N", 10, true), "\tN:\t0x0A\n"),
+    PRINTS(PrintInt8Field(1, "N", -16, false), "\tN:\t-16\n"),
+    PRINTS(PrintInt8Field(1, "N", -16, true), "\tN:\t0xFFFFFFF0\n"),  // and so is an 8-bit one
+    PRINTS(PrintBooleanField(2, "Bold", true), "\t\tBold:\tTRUE\n"),
+    PRINTS(PrintFlagField(2, "Fixed", 0), "\t\tFixed:\tFALSE\n"),
+    PRINTS(PrintDateField(1, "Created", 0), "\tCreated:\t01/01/1904\n"),
+    PRINTS(PrintDateField(1, "D", 0xFFFFFFFF00000000ULL + 3142224000ULL), "\tD:\t07/28/2003\n"),  // no high word
+    PRINTS(PrintDateField(1, "D", 86400ULL * (365 * 96 + 24 + 59)), "\tD:\t02/29/2000\n"),
+    PRINTS(PrintPointField(1, "P", 0x00018000, -0x20000), "\tP:\t( 1.500000, -2.000000 )\n"),
+    PRINTS(PrintIndexedPoint(1, 3, 0x10000, 0), "\t3:\t( 1.000000, 0.000000 )\n"),
+    PRINTS(PrintIndexedUInt8(1, 7, 0x1F, true), "\t7:\t0x1F\n"),
+    PRINTS(PrintIndexedUInt16(1, 7, 300, false), "\t7:\t300\n"),
+    PRINTS(PrintIndexedUInt16(0, 7, 300, true), "7:\t0x012C\n"),
+    PRINTS(PrintIndexedPascalString(1, 2, VellView(kPascal)), "\t2:\tHello\n"),
+    PRINTS(PrintUnicodeValue(1, "Char", 0x41, true, true), "\tChar:\tU+0041"),  // without -u the line is left open
+    PRINTS(PrintUnicodeValue(1, nullptr, 0x41, false, true), "\t0x41"),
+    PRINTS(PrintGlyphField(1, "Glyph", 36, false, false), "\tGlyph:\t36\n"),  // without a font, a plain number
+    PRINTS(PrintGlyphField(0, nullptr, 3, false, false), "(null):\t3\n"),  // as the C library prints a null string
+    PRINTS(PrintFontNameField(1, "Name", 4), "\tName:\t4\n"),
 };
+#undef PRINTS
 
-class PrintOperations : public ::testing::TestWithParam<PrintCase> {};
-
-TEST_P(PrintOperations, PrintExactly) {
-    CapturedStream out;
-    TTableDumper dumper(VelmNewHandle(Bytes{}), out.file(), nullptr);
-    GetParam().print(dumper);
-    EXPECT_EQ(out.Text(), GetParam().expected);
+TEST(PrintOperations, PrintExactly) {
+    for (const auto& [print, expected] : kPrintCases) {
+        CapturedStream out;
+        TTableDumper dumper(VelmNewHandle(Bytes{}), out.file(), nullptr);
+        print(dumper);
+        EXPECT_EQ(out.Text(), expected);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Formats, PrintOperations, ::testing::ValuesIn(kPrintCases),
-                         [](const auto& info) {
-                             std::string name = info.param.name;
-                             for (char& c : name)
-                                 if (!isalnum(static_cast<unsigned char>(c))) c = '_';
-                             return name;
-                         });
 
 TEST(PrintOperationsWithFont, GlyphAndNameFieldsUseTheFontsNames) {
     LoadedFont font(SampleFont());
@@ -95,20 +77,9 @@ TEST(PrintOperationsWithFont, GlyphAndNameFieldsUseTheFontsNames) {
     dumper.PrintFontNameField(1, "Name", 4);
     dumper.PrintFontNameField(1, "Name", 17);
     EXPECT_EQ(out.Text(),
-              "\tGlyph:\t2|\n"
-              "\tGlyph:\t2 (A U+FFFF)\n"
-              "\tGlyph:\t9 (### BAD GLYPH NAME (error -50) ###)\n"
-              "\tChar:\tU+0041 LATIN CAPITAL LETTER A\n"
-              "\tChar:\tU+0009 <control-0009>\n"
-              "\tName:\t4 \"Sample Regular\"\n"
-              "\tName:\t17 \"\"\n");
-}
-
-TEST(PrintOperationsWithoutOutput, PrintNothing) {
-    TTableDumper dumper(VelmNewHandle(Bytes{1, 2}), nullptr, nullptr);
-    dumper.PrintLine("x", true);
-    EXPECT_EQ(dumper.DumpTable(), 0);
-    EXPECT_EQ(dumper.DumpTableContents(), 1);
+              "\tGlyph:\t2|\n\tGlyph:\t2 (A U+FFFF)\n\tGlyph:\t9 (### BAD GLYPH NAME (error -50) ###)\n"
+              "\tChar:\tU+0041 LATIN CAPITAL LETTER A\n\tChar:\tU+0009 <control-0009>\n"
+              "\tName:\t4 \"Sample Regular\"\n\tName:\t17 \"\"\n");
 }
 
 std::string HexDump(const Bytes& table) {
@@ -120,17 +91,12 @@ std::string HexDump(const Bytes& table) {
 }
 
 TEST(HexDump, FramesRowsOfSixteenAndMarksUnprintableBytes) {
-    Bytes table;
-    for (int i = 0; i < 16; ++i) table.push_back(static_cast<uint8_t>('A' + i));
-    table.push_back('%');
+    Bytes table = {'A', 'B', 'C', 'D', 'E', 'F', 'G', 'H', 'I', 'J', 'K', 'L', 'M', 'N', 'O', 'P',
+                   0x00, 0x1F, 0x20, 0x7E, 0x7F, 0x80, 0xFF, '%', '%'};
     EXPECT_EQ(HexDump(table),
-              "##### Table 'cvt ' (17 bytes in the modified font)\n"
+              "##### Table 'cvt ' (25 bytes in the modified font)\n"
               "0x00000000\t41 42 43 44 45 46 47 48 49 4A 4B 4C 4D 4E 4F 50 \t|\tABCDEFGHIJKLMNOP\n"
-              "0x00000010\t25 " + std::string(45, ' ') + "\t|\t%" + std::string(15, ' ') + "\n"
-              "\n#####\n End table\n\n\n");
-    EXPECT_EQ(HexDump(Bytes{0x00, 0x1F, 0x20, 0x7E, 0x7F, 0x80, 0xFF, '%', '%'}),
-              "##### Table 'cvt ' (9 bytes in the modified font)\n"
-              "0x00000000\t00 1F 20 7E 7F 80 FF 25 25 " + std::string(21, ' ') +
+              "0x00000010\t00 1F 20 7E 7F 80 FF 25 25 " + std::string(21, ' ') +
                   "\t|\t\xC2\xC2 ~\xC2\xC2\xC2%%" + std::string(7, ' ') + "\n"
               "\n#####\n End table\n\n\n");
     EXPECT_EQ(HexDump(Bytes{}), "##### Table 'cvt ' (0 bytes in the modified font)\n\n#####\n End table\n\n\n");
@@ -140,10 +106,7 @@ std::string Compare(const Bytes& modified, const Bytes& original, bool frame = t
     CapturedStream out;
     TTableComparator comparator(VelmNewHandle(modified), VelmNewHandle(original), out.file());
     comparator.SetTableTag(VellMakeTag("kern"));
-    if (frame)
-        comparator.DumpTable();
-    else
-        comparator.DumpTableDeltas();
+    frame ? comparator.DumpTable() : comparator.DumpTableDeltas();
     return out.Text();
 }
 
@@ -155,19 +118,16 @@ TEST(HexDifference, EqualTablesSayNoChangesInsideBothFrames) {
               "\n#####\n End table\n\n\n");
 }
 
-TEST(HexDifference, ShortRowsArePaddedAndMarkedWhenTheirCountsDiffer) {
-    Bytes modified = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i', 'j'};
-    Bytes original = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i', 'j', 'k', 'l', 'm', 'n', 'o', 'p'};
-    EXPECT_EQ(Compare(modified, original, false),
+TEST(HexDifference, RowsOfEightAreMarkedWhereTheyDifferAndShortOnesPadded) {
+    const std::string text = "abcdefghijklmnop";
+    EXPECT_EQ(Compare(Bytes(text.begin(), text.begin() + 10), Bytes(text.begin(), text.end()), false),
               "    0x00000000\t61 62 63 64 65 66 67 68 \t|\tabcdefgh\t||\t61 62 63 64 65 66 67 68 \t|\tabcdefgh\n"
               "==> 0x00000008\t69 6A " + std::string(18, ' ') + "\t|\tij      \t||\t"
               "69 6A 6B 6C 6D 6E 6F 70 \t|\tijklmnop\n");
-}
-
-TEST(HexDifference, TheOriginalCharacterColumnShowsModifiedBytesWherePrintable) {
-    // 'A' against 'B' shows "A" in both columns; an unprintable original byte
-    // shows the mark; a printable original byte opposite an unprintable modified
-    // byte shows that modified byte as it is.
+    // The original's character column shows the modified byte wherever the
+    // original byte is printable: 'A' against 'B' shows "A" in both columns; an
+    // unprintable original byte shows the mark; a printable original byte opposite
+    // an unprintable modified byte shows that modified byte as it is.
     EXPECT_EQ(Compare(Bytes{'A', 0x01, 'C'}, Bytes{'B', 0x02, 'D'}, false),
               "==> 0x00000000\t41 01 43 " + std::string(15, ' ') + "\t|\tA\xC2" "C     \t||\t"
               "42 02 44 " + std::string(15, ' ') + "\t|\tA\xC2" "C     \n");
@@ -176,15 +136,13 @@ TEST(HexDifference, TheOriginalCharacterColumnShowsModifiedBytesWherePrintable) 
               "5A " + std::string(21, ' ') + "\t|\t\x01       \n");
 }
 
-TEST(HexDifference, AnEmptySideShowsOnlyTheOtherSidesBytesAndMarksEveryRow) {
-    EXPECT_EQ(Compare(Bytes{}, Bytes{'x', 'y'}, false),
-              "==> 0x00000000\t" + std::string(24, ' ') + "\t|\t" + std::string(8, ' ') + "\t||\t"
-              "78 79 " + std::string(18, ' ') + "\t|\txy      \n");
-}
-
-TEST(HexDifference, WithoutAReportStreamReturnsOne) {
+// Without a report stream nothing is printed, and the listings that would print say so.
+TEST(HexDifference, WithoutAReportStreamNothingIsPrinted) {
     TTableComparator comparator(VelmNewHandle(Bytes{1}), VelmNewHandle(Bytes{2}), nullptr);
+    comparator.PrintLine("x", true);
+    EXPECT_EQ(comparator.DumpTable(), 0);
     EXPECT_EQ(comparator.DumpTableDeltas(), 1);
+    EXPECT_EQ(TTableDumper(VelmNewHandle(Bytes{1}), nullptr, nullptr).DumpTableContents(), 1);
 }
 
 }  // namespace

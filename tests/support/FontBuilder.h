@@ -16,7 +16,6 @@ public:
     TableWriter& U8(uint32_t v);
     TableWriter& U16(uint32_t v);
     TableWriter& U32(uint32_t v);
-    TableWriter& U64(uint64_t v);
     TableWriter& Tag(const char* tag);
     TableWriter& Zeros(size_t count);
     TableWriter& Text(const std::string& text);
@@ -30,14 +29,12 @@ private:
 void SetU8(Bytes& bytes, size_t offset, uint8_t v);
 void SetU16(Bytes& bytes, size_t offset, uint16_t v);
 void SetU32(Bytes& bytes, size_t offset, uint32_t v);
-void SetU64(Bytes& bytes, size_t offset, uint64_t v);
 
 // Tables of one font, in directory order.
 struct FontTables {
     std::vector<std::pair<std::string, Bytes>> tables;
     Bytes& operator[](const std::string& tag);  // adds the table when missing
     void Remove(const std::string& tag);
-    bool Has(const std::string& tag) const;
 };
 
 Bytes BuildSfnt(const FontTables& font);
@@ -85,8 +82,7 @@ struct RunResult {
     std::string out, err;
 };
 
-// Runs an executable with arguments, no shell, and collects its output.
-RunResult Run(const std::string& binary, const std::vector<std::string>& arguments);
+// Runs a tool with arguments, no shell, and collects its output.
 RunResult RunVellcmp(const std::vector<std::string>& arguments);
 RunResult RunVelldump(const std::vector<std::string>& arguments);
 std::string ReadFile(const std::string& path);

@@ -4,8 +4,8 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <stdexcept>
+#include <utility>
 
 #include "VellCmpFonts.h"
 #include "comparators/TTableComparator.h"
@@ -23,8 +23,6 @@ std::string CapturedStream::Text() {
     return std::string(fBuffer, fSize);
 }
 
-LoadedFont::LoadedFont(const FontTables& tables) : LoadedFont(BuildSfnt(tables)) {}
-
 namespace {
 
 // With VELLCMP_SEED_DIR set, every distinct font the tests build is written there:
@@ -37,7 +35,19 @@ void KeepAsSeed(const Bytes& fileBytes) {
         << text;
 }
 
+VellTag TagOf(const char* tag) { return VellMakeTag({tag[0], tag[1], tag[2], tag[3], '\0'}); }
+
+std::string RunComparator(const FontTables& modified, const FontTables& original, const char* tag, bool frame) {
+    LoadedFont modifiedFont(modified), originalFont(original);
+    CapturedStream out;
+    auto comparator = MakeTableComparator(modifiedFont.font(), originalFont.font(), TagOf(tag), out.file());
+    if (comparator) frame ? comparator->DumpTable() : comparator->DumpTableDeltas();
+    return out.Text();
+}
+
 }  // namespace
+
+LoadedFont::LoadedFont(const FontTables& tables) : LoadedFont(BuildSfnt(tables)) {}
 
 LoadedFont::LoadedFont(const Bytes& fileBytes) {
     KeepAsSeed(fileBytes);
@@ -47,23 +57,6 @@ LoadedFont::LoadedFont(const Bytes& fileBytes) {
 }
 
 VellFontRef LoadedFont::font() const { return fList->entries[0].font; }
-
-namespace {
-
-std::string RunComparator(const FontTables& modified, const FontTables& original, const char* tag, bool frame) {
-    LoadedFont modifiedFont(modified), originalFont(original);
-    CapturedStream out;
-    auto comparator = MakeTableComparator(modifiedFont.font(), originalFont.font(), VellMakeTag(
-        {tag[0], tag[1], tag[2], tag[3], '\0'}), out.file());
-    if (!comparator) return "";
-    if (frame)
-        comparator->DumpTable();
-    else
-        comparator->DumpTableDeltas();
-    return out.Text();
-}
-
-}  // namespace
 
 std::string CompareDeltas(const FontTables& modified, const FontTables& original, const char* tag) {
     return RunComparator(modified, original, tag, false);
@@ -76,8 +69,7 @@ std::string CompareTable(const FontTables& modified, const FontTables& original,
 std::string DiffReport(const FontTables& modified, const FontTables& original, int32_t* code) {
     LoadedFont modifiedFont(modified), originalFont(original);
     CapturedStream out;
-    FILE* saved = gReportFile;
-    gReportFile = out.file();
+    FILE* saved = std::exchange(gReportFile, out.file());
     ErrorRecord record;
     testing::internal::CaptureStderr();
     DiffFonts(modifiedFont.font(), originalFont.font(), &record);
@@ -90,9 +82,8 @@ std::string DiffReport(const FontTables& modified, const FontTables& original, i
 std::string DumpTable(const FontTables& font, const char* tag) {
     LoadedFont loaded(font);
     CapturedStream out;
-    auto dumper = MakeTableDumper(loaded.font(), VellMakeTag({tag[0], tag[1], tag[2], tag[3], '\0'}), out.file());
-    if (!dumper) return "";
-    dumper->DumpTable();
+    auto dumper = MakeTableDumper(loaded.font(), TagOf(tag), out.file());
+    if (dumper) dumper->DumpTable();
     return out.Text();
 }
 
@@ -101,7 +92,4 @@ SwitchesForTest::SwitchesForTest(bool postScriptNames, bool unicodeNames) {
     gShowUnicodeNames = unicodeNames;
 }
 
-SwitchesForTest::~SwitchesForTest() {
-    gShowPostScriptNames = 0;
-    gShowUnicodeNames = 0;
-}
+SwitchesForTest::~SwitchesForTest() { gShowPostScriptNames = gShowUnicodeNames = 0; }

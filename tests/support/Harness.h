@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdio>
-#include <memory>
 #include <string>
 
 #include "framework/VellFontFile.h"
@@ -35,28 +34,25 @@ private:
     VellFontListRef fList;
 };
 
-// What the registry's comparator for `tag` prints from its DumpTableDeltas, the
-// modified font first. Empty when the registry makes no comparator.
+// What the registry's comparator for `tag` prints from DumpTableDeltas (CompareDeltas)
+// or from its whole frame, DumpTable (CompareTable); empty when it makes none.
 std::string CompareDeltas(const FontTables& modified, const FontTables& original, const char* tag);
-// The whole comparison frame (DumpTable) of the registry's comparator for `tag`.
 std::string CompareTable(const FontTables& modified, const FontTables& original, const char* tag);
-// The report DiffFonts prints for one pair, the modified font first (standard
-// error is captured and dropped); *code receives the record's code when given.
+// The report DiffFonts prints for one pair (standard error is dropped); *code
+// receives the record's code when given.
 std::string DiffReport(const FontTables& modified, const FontTables& original, int32_t* code = nullptr);
-// What DumpTable prints for the factory's dumper of `tag` (velldump's, with `velldump`).
+// What DumpTable prints for the factory's dumper of `tag`.
 std::string DumpTable(const FontTables& font, const char* tag);
 // What DumpTableContents prints for a dumper made from the table alone.
 template <typename Dumper>
 std::string DumpContents(const Bytes& table) {
     CapturedStream out;
-    Dumper dumper(VelmNewHandle(table), out.file());
-    dumper.DumpTableContents();
+    Dumper(VelmNewHandle(table), out.file()).DumpTableContents();
     return out.Text();
 }
 
 // Sets the process-wide switches for one test and restores them after it.
-class SwitchesForTest {
-public:
+struct SwitchesForTest {
     SwitchesForTest(bool postScriptNames, bool unicodeNames);
     ~SwitchesForTest();
 };

@@ -2,17 +2,20 @@
 // a dumper, and the comparison frame with its side-by-side hex difference.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "comparators/TTableComparator.h"
 #include "support/Harness.h"
 
 namespace {
 
-// One print operation of a dumper without a font, and exactly what it prints.
-#define PRINTS(call, text) {[](TTableDumper& d) { d.call; }, text}
+// One print operation of a dumper without a font, exactly what it prints, and
+// the call itself, which a failure names.
+#define PRINTS(call, text) {[](TTableDumper& d) { d.call; }, text, #call}
 
 const Bytes kPascal = {5, 'H', 'e', 'l', 'l', 'o', '!'};
 
-const std::pair<void (*)(TTableDumper&), const char*> kPrintCases[] = {
+const std::tuple<void (*)(TTableDumper&), const char*, const char*> kPrintCases[] = {
     PRINTS(PrintLine("100%% of %s and 5%", true), "100% of %s and 5%\n"),
     PRINTS(PrintPascalLine(VellView(kPascal), false), "Hello"),
     PRINTS(PrintPascalLine(VellView(kPascal.data(), 3), true), "He\n"),  // a length past the view
@@ -53,11 +56,11 @@ const std::pair<void (*)(TTableDumper&), const char*> kPrintCases[] = {
 #undef PRINTS
 
 TEST(PrintOperations, PrintExactly) {
-    for (const auto& [print, expected] : kPrintCases) {
+    for (const auto& [print, expected, call] : kPrintCases) {
         CapturedStream out;
         TTableDumper dumper(VelmNewHandle(Bytes{}), out.file(), nullptr);
         print(dumper);
-        EXPECT_EQ(out.Text(), expected);
+        EXPECT_EQ(out.Text(), expected) << call;
     }
 }
 

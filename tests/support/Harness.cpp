@@ -49,8 +49,8 @@ std::string RunComparator(const FontTables& modified, const FontTables& original
 
 LoadedFont::LoadedFont(const FontTables& tables) : LoadedFont(BuildSfnt(tables)) {}
 
-LoadedFont::LoadedFont(const Bytes& fileBytes) {
-    KeepAsSeed(fileBytes);
+LoadedFont::LoadedFont(const Bytes& fileBytes, bool seed) {
+    if (seed) KeepAsSeed(fileBytes);
     ErrorRecord record;
     fList = VellMakeFontListFromBytes(VellMappedFile::FromBytes(fileBytes), &record);
     if (!fList || fList->entries.empty()) throw std::runtime_error("not a font");

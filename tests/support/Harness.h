@@ -23,11 +23,12 @@ private:
     size_t fSize = 0;
 };
 
-// A font held in memory, as the framework lists it.
+// A font held in memory, as the framework lists it. Unless told otherwise it is
+// kept as a fuzzing seed (when VELLCMP_SEED_DIR is set).
 class LoadedFont {
 public:
     explicit LoadedFont(const FontTables& tables);
-    explicit LoadedFont(const Bytes& fileBytes);
+    explicit LoadedFont(const Bytes& fileBytes, bool seed = true);
     VellFontRef font() const;
 
 private:

@@ -19,44 +19,33 @@ namespace {
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 
-// A one-contour glyph, every point on the curve and stored as word deltas; the
-// bounds are the first and the last point.
-Bytes SimpleGlyph(const std::vector<std::pair<int16_t, int16_t>>& points, const Bytes& instructions = {}) {
-    TableWriter glyph;
-    glyph.U16(1).U16(points[0].first).U16(points[0].second).U16(points.back().first).U16(points.back().second);
-    glyph.U16(points.size() - 1).U16(instructions.size());
-    for (uint8_t byte : instructions) glyph.U8(byte);
-    for (size_t p = 0; p < points.size(); ++p) glyph.U8(0x01);
-    for (size_t p = 0; p < points.size(); ++p) glyph.U16(points[p].first - (p ? points[p - 1].first : 0));
-    for (size_t p = 0; p < points.size(); ++p) glyph.U16(points[p].second - (p ? points[p - 1].second : 0));
-    return glyph;
-}
-
 // SampleFont with these glyphs and their 'loca'; short offsets pad each glyph to
 // an even length.
 FontTables GlyphFont(const std::vector<Bytes>& glyphs, bool longLoca = false) {
     FontTables font = SampleFont();
     font["maxp"] = MakeMaxp(static_cast<uint16_t>(glyphs.size()));
-    Bytes& glyf = font["glyf"];
-    TableWriter loca;
-    for (size_t g = 0; g <= glyphs.size(); ++g) {
-        longLoca ? loca.U32(glyf.size()) : loca.U16(glyf.size() / 2);
-        if (g == glyphs.size()) break;
-        glyf.insert(glyf.end(), glyphs[g].begin(), glyphs[g].end());
-        if (!longLoca && glyf.size() % 2 != 0) glyf.push_back(0);
+    SetU16(font["head"], 50, longLoca);
+    TableWriter glyf, loca;
+    auto offset = [&] { longLoca ? loca.U32(glyf.bytes().size()) : loca.U16(glyf.bytes().size() / 2); };
+    for (const Bytes& glyph : glyphs) {
+        offset();
+        for (uint8_t byte : glyph) glyf.U8(byte);
+        if (!longLoca && glyph.size() % 2 != 0) glyf.U8(0);
     }
-    if (longLoca) SetU16(font["head"], 50, 1);
-    font["loca"] = loca;
+    offset();
+    font["glyf"] = glyf, font["loca"] = loca;
     return font;
 }
 
-const Bytes kSide = SimpleGlyph({{10, 20}, {30, 40}}, {0xB0, 5, 0x10});
-const Bytes kTriangle = SimpleGlyph({{0, 0}, {0, 100}, {100, 100}});
+// One contour, its points on the curve, stored as word deltas: (10, 20) (30, 40)
+// with PUSHB[1] 5 and SRP0, and (0, 0) (0, 100) (100, 100) without instructions.
+const Bytes kSide = {0, 1, 0, 10, 0, 20, 0, 30, 0, 40, 0, 1, 0, 3, 0xB0, 5, 0x10, 1, 1, 0, 10, 0, 20, 0, 20, 0, 20};
+const Bytes kTriangle = {0, 1, 0, 0, 0, 0, 0, 100, 0, 100, 0, 2, 0, 0, 1, 1, 1, 0, 0, 0, 0, 0, 100, 0, 0, 0, 100, 0, 0};
 // Contours ending at points 1 and 3, and the instruction PUSHB[1] cut short. Flag
 // 0x37 (short x and y, both positive), then 0x0B (short negative x, word y)
 // repeated twice: x deltas 10, -10, -5, -1 and y deltas 1, 0, 3, 256.
-const Bytes kMixedDeltas = {0,    2,    0, 0, 0,  0,  0, 0, 0, 0, 0, 1, 0, 3, 0, 1,
-                            0xB0, 0x37, 0x0B, 2, 10, 10, 5, 1, 1, 0, 0, 0, 3, 1, 0};
+const Bytes kMixedDeltas = {0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 3, 0, 1, 0xB0,
+                            0x37, 0x0B, 2, 10, 10, 5, 1, 1, 0, 0, 0, 3, 1, 0};
 
 // Glyph 0 empty, glyph 1 kSide, glyph 2 `third`.
 FontTables ThreeGlyphs(const Bytes& third, bool longLoca = false) { return GlyphFont({{}, kSide, third}, longLoca); }
@@ -71,7 +60,8 @@ std::string Velldump(const FontTables& font, const char (&tag)[5]) {
 }
 
 TEST(Glyf, AChangedGlyphPrintsBothBlocksInFull) {
-    FontTables modified = GlyphFont({{}, SimpleGlyph({{10, 20}, {31, 40}}, {0xB0, 5, 0x10}), kTriangle});
+    Bytes moved = kSide;  // the second point one unit right
+    SetU16(moved, 6, 31), SetU16(moved, 21, 21);
     auto block = [](const std::string& x) {
         return "\t# contours:\t1\n\tBounds xMin:\t10\n\tBounds xMax:\t" + x +
                "\n\tBounds yMin:\t20\n\tBounds yMax:\t40\n\tLast point indices\n\t\t0:\t1\n"
@@ -81,7 +71,7 @@ TEST(Glyf, AChangedGlyphPrintsBothBlocksInFull) {
     };
     // Without -p the glyph line stays open and the heading's line break ends it.
     EXPECT_EQ(
-        CompareDeltas(modified, ThreeGlyphs(kTriangle), "glyf"),
+        CompareDeltas(GlyphFont({{}, moved, kTriangle}), ThreeGlyphs(kTriangle), "glyf"),
         "Glyph ID:\t1\n\t### Original glyph data\n\n" + block("30") + "\n\t### Modified glyph data\n\n" + block("31"));
 }
 

@@ -153,7 +153,8 @@ TEST(Cmap, CodesPrintAsUnicodeOnlyInUnicodeEncodings) {
         auto font = [&](uint16_t glyph) {
             return FontWithCmap({{uint16_t(platformID), uint16_t(encodingID), Format6(0x41, {glyph})}});
         };
-        EXPECT_THAT(CompareDeltas(font(2), font(3), "cmap"), EndsWith(kChanged + "\t" + code + " ==> 3 ==> 2\n" + kEnd));
+        EXPECT_THAT(CompareDeltas(font(2), font(3), "cmap"),
+                    EndsWith(kChanged + '\t' + code + " ==> 3 ==> 2\n" + kEnd));
     }
 }
 

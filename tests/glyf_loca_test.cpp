@@ -120,8 +120,6 @@ TEST(Glyf, DumperListsEachContourAfterTheLastPointOfOneAndTheStoredFlagByteAtEac
     // Point 2 shows the repeat count, not the 0x0B it was decoded with.
     std::string dump = Velldump(GlyphFont({{}, kMixedDeltas}), "glyf");
     EXPECT_THAT(dump, HasSubstr("Glyph ID:\t0\n\tNo glyph data\nGlyph ID:\t1\n\t# contours:\t2\n"));
-    EXPECT_THAT(dump, HasSubstr("\tLast point indices\n\t\t0:\t1\n\t\t1:\t3\n\tInstruction length:\t1\n"
-                                "\tInstruction count:\t1\n\t\t0:\tPUSHB[1]\n\tPoints:\t4\n\t\tContour:\t0\n"));
     EXPECT_THAT(dump, HasSubstr("\t\t\t\tFlags:\t0x0B\n\t\t\t\tPoint:\t( 0.000000, 1.000000 )\n\t\tContour:\t1\n"
                                 "\t\t\tPoint index:\t2\n\t\t\t\tIs on curve:\tFALSE\n\t\t\t\tFlags:\t0x02\n"));
 }
@@ -171,23 +169,27 @@ TEST(Loca, OffsetsInLongFormAndTheComparatorsChangedThenExtraGlyphsWithTheirName
               "\t\tName (orig):\tA\n\t\tOffset (mod ):\t0x0000001E\n\t\tOffset (orig):\t0x0000001C\n"
               "\n\n\tOffsets for added glyphs:\n\tGlyph:\t3\n\t\tName (mod ):\tB\n\t\tOffset:\t0x0000003C\n"
               "\tGlyph:\t4\n\t\tName (mod ):\tC\n\t\tOffset:\t0x0000003C\n" + footer);
-    for (FontTables* side : {&more, &font}) side->Remove("post");
+    // A glyph only the original has gets only its original name line.
+    font.Remove("post");
     EXPECT_THAT(CompareLoca(font, more),
-                HasSubstr("\tGlyph:\t2\n\t\tName:\t\n\t\tOffset (mod ):\t0x0000001C\n\t\tOffset (orig):\t0x0000001E\n"
-                          "\n\n\tOffsets for deleted glyphs:\n\tGlyph:\t3\n\t\tName:\t\n\t\tOffset:\t0x0000003C\n"));
+                HasSubstr("\tGlyph:\t2\n\t\tName (mod ):\t\n\t\tName (orig):\tAring\n\t\tOffset (mod ):\t0x0000001C\n"
+                          "\t\tOffset (orig):\t0x0000001E\n\n\n\tOffsets for deleted glyphs:\n\tGlyph:\t3\n"
+                          "\t\tName (orig):\tB\n\t\tOffset:\t0x0000003C\n"));
+    // Without 'post' tables both names are empty, and agree.
+    more.Remove("post");
+    EXPECT_THAT(CompareLoca(font, more), HasSubstr("\tGlyph:\t2\n\t\tName:\t\n\t\tOffset (mod ):"));
 }
 
 TEST(GlyphData, AGlyphEndingPastGlyfOrBeforeItsStartAndATablePastTheFileAreBadTables) {
     FontTables font = ThreeGlyphs(kTriangle);  // short offsets 0, 0, 14, 29
     ASSERT_EQ(font.tables[7].first + font.tables[8].first + font.tables[0].first, "glyflocahead");
     // A 'glyf', 'loca' or 'head' running past the end of the file.
-    std::vector<Bytes> files(3, BuildSfnt(font));
-    for (size_t i = 0; i < 3; ++i) SetU32(files[i], 12 + 16 * std::array{7, 8, 0}[i] + 12, 0x00FFFFF0);
+    std::vector<Bytes> files;
+    for (size_t entry : {7, 8, 0})
+        files.push_back(BuildSfnt(font)), SetU32(files.back(), 12 + 16 * entry + 12, 0x00FFFFF0);
     // Glyph 2 ending past the end of 'glyf', or at an offset cut off and read as 0.
-    for (const Bytes& loca : {Bytes{0, 0, 0, 0, 0, 14, 0, 30}, Bytes{0, 0, 0, 0, 0, 14}}) {
-        font["loca"] = loca;
-        files.push_back(BuildSfnt(font));
-    }
+    for (const Bytes& loca : {Bytes{0, 0, 0, 0, 0, 14, 0, 30}, Bytes{0, 0, 0, 0, 0, 14}})
+        font["loca"] = loca, files.push_back(BuildSfnt(font));
     for (const Bytes& file : files) {
         ErrorRecord record;
         EXPECT_EQ(VellGetTTGlyphData(LoadedFont(file).font(), 2, &record), nullptr);
@@ -206,12 +208,16 @@ std::vector<std::pair<double, double>> PointsOf(const Bytes& glyph) {
 }
 
 TEST(GlyphData, PointsOfTruncatedAndHostileGlyphsStayWithinTheirData) {
-    const std::vector<std::pair<double, double>> full = {{10, 1}, {0, 1}, {-5, 4}, {-6, 260}};
-    EXPECT_EQ(PointsOf(kMixedDeltas), full);
-    for (size_t size = 0; size < kMixedDeltas.size(); ++size) {
-        auto points = PointsOf(Bytes(kMixedDeltas.begin(), kMixedDeltas.begin() + static_cast<ptrdiff_t>(size)));
-        ASSERT_LE(points.size(), full.size());
-        EXPECT_TRUE(std::equal(points.begin(), points.end(), full.begin())) << size;
+    EXPECT_EQ(PointsOf(kMixedDeltas), (std::vector<std::pair<double, double>>{{10, 1}, {0, 1}, {-5, 4}, {-6, 260}}));
+    // Also word x deltas then short y deltas: a cut inside the x words leaves no y.
+    const Bytes wordX = {0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 5, 5, 0, 10, 0, 20, 1, 2};
+    for (const Bytes& glyph : {kMixedDeltas, wordX}) {
+        const auto full = PointsOf(glyph);
+        for (size_t size = 0; size < glyph.size(); ++size) {
+            auto points = PointsOf(Bytes(glyph.begin(), glyph.begin() + static_cast<ptrdiff_t>(size)));
+            ASSERT_LE(points.size(), full.size());
+            EXPECT_TRUE(std::equal(points.begin(), points.end(), full.begin())) << size;
+        }
     }
     // 65536 points claimed; 8 flags repeated 255 times, with no coordinates
     // stored: as many points as the flags give.
@@ -247,16 +253,28 @@ TEST(Instructions, MnemonicsFlagBitsAndPushesOfOneInstruction) {
     }
 }
 
-TEST(Instructions, ALongPushIsCutAtAValueWithinTheLengthByte) {
+TEST(Instructions, CountingAndDecodingStopAtTheGivenLength) {
+    Bytes code = {0xB0, 5, 0x10, 0x40, 3, 1};  // PUSHB[1] 5, SRP0, NPUSHB[3] cut short
+    std::array<uint8_t, kVellInstructionTextSize> text{};
+    ErrorRecord record;
+    EXPECT_EQ(VellCountInstructions(VellView(code), 3, &record), 2u);
+    EXPECT_EQ(VellDecodeInstructions(VellView(code), 1, text, &record), 1u);
+    EXPECT_EQ(VellView(text).chars(1, text[0]), "PUSHB[1]");
+    EXPECT_EQ(VellDecodeInstructions(VellView(code), 0, text, &record), 0u);
+    EXPECT_EQ(record.code, kVellParamErr);
+}
+
+TEST(Instructions, ALongPushIsCutAtTheLastValueThatLeavesRoomForTheCutMark) {
     auto push = [](uint8_t values) {
         Bytes code(2 + values, 100);
-        code[0] = 0x40, code[1] = values;
+        code[0] = 0x40, code[1] = values, code[2] = 7, code[3] = 10;
         return Decode(code).first;
     };
-    EXPECT_EQ(push(61).size(), 254u);  // "NPUSHB[61]" and 61 times " 100" fit
-    // 62 values: those that leave room for the cut mark, then the mark.
-    EXPECT_EQ(push(62), push(61).replace(6, 4, "[62]").substr(0, 250) + " ...");
-    EXPECT_LE(push(255).size(), 255u);
+    // "NPUSHB[62] 7 10" and 60 times " 100" fill the 255 characters; one value more
+    // is cut at 251 characters, the last that leave room for " ...".
+    EXPECT_EQ(push(62).size(), 255u);
+    EXPECT_THAT(push(62), EndsWith(" 100 100"));
+    EXPECT_EQ(push(63), push(62).replace(8, 1, "3").substr(0, 251) + " ...");
 }
 
 }  // namespace

@@ -23,12 +23,11 @@ TEST(Maxp, DumperPrintsEveryFieldAndAShortTableReadsZeros) {
     font["maxp"] = TableWriter().U32(0x00005000).U16(4);  // version 0.5: six bytes
     EXPECT_EQ(DumpTable(font, "maxp"),
               "##### Table 'maxp' (6 bytes in the modified font)\n\tVersion:\t0.20480\n\tNumber glyphs:\t4\n"
-              "\tMaximum points:\t0\n\tMaximum contours:\t0\n"
-              "\tMaximum componenet points:\t0\n\tMaximum componenet contours:\t0\n"
-              "\tMaximum zones:\t0\n\tMaximum twilight points:\t0\n\tMaximum storage:\t0\n"
-              "\tMaximum function definitions:\t0\n\tMaximum instruction definitions:\t0\n"
-              "\tMaximum stack elements:\t0\n\tMaximum size of instructions:\t0\n"
-              "\tMaximum component elements:\t0\n\tMaximum componenet depth:\t0\n\n#####\n End table\n\n\n");
+              "\tMaximum points:\t0\n\tMaximum contours:\t0\n\tMaximum componenet points:\t0\n"
+              "\tMaximum componenet contours:\t0\n\tMaximum zones:\t0\n\tMaximum twilight points:\t0\n"
+              "\tMaximum storage:\t0\n\tMaximum function definitions:\t0\n\tMaximum instruction definitions:\t0\n"
+              "\tMaximum stack elements:\t0\n\tMaximum size of instructions:\t0\n\tMaximum component elements:\t0\n"
+              "\tMaximum componenet depth:\t0\n\n#####\n End table\n\n\n");
 }
 
 }  // namespace

@@ -65,16 +65,17 @@ TEST(Name, FieldBlockRepeatsTheEncodingTextAsTheLanguageWhileTheDumpShowsTheLang
 }
 
 TEST(Name, MacintoshTextsAreBytesAndOthersWholeCharactersWithin256BytesOfUtf8) {
-    // "A" and 64 surrogate pairs: the 64th character would end at byte 257.
-    Bytes smiles = {0, 'A'};
-    std::string kept = "A";
-    for (int i = 0; i < 64; ++i) smiles.insert(smiles.end(), {0xD8, 0x3D, 0xDE, 0x00});
-    for (int i = 0; i < 63; ++i) kept += "\U0001F600";
+    // 64 surrogate pairs make 256 bytes of UTF-8; after an "A" the last no longer fits, and is not split.
+    Bytes pairs, afterA = {0, 'A'};
+    std::string smiles;
+    for (int i = 0; i < 64; ++i) pairs.insert(pairs.end(), {0xD8, 0x3D, 0xDE, 0x00}), smiles += "\U0001F600";
+    afterA.insert(afterA.end(), pairs.begin(), pairs.end());
     const std::pair<NameEntry, std::string> cases[] = {
         {{1, 0, 0, 1, Bytes{'M', 0xA5, 0x80}}, "M\xA5\x80"},     // not from Mac Roman
         {Mac(1, std::string(300, 'm')), std::string(300, 'm')},  // not cut
         {{0, 3, 0, 1, Bytes{0, 'A', 0, 'B', 0}}, "AB"},          // odd last byte dropped
-        {{3, 10, 0x409, 1, smiles}, kept},                       // pairs never split
+        {{3, 10, 0x409, 1, pairs}, smiles},                      // 256 bytes fit
+        {{3, 10, 0x409, 1, afterA}, "A" + smiles.substr(0, 252)},
         {{3, 1, 0x409, 1, Bytes{0, 'A', 0xD8, 0, 0, 'B'}}, ""},  // unpaired surrogate
     };
     for (const auto& [entry, text] : cases)
@@ -104,10 +105,11 @@ TEST(Identifiers, KnownAndUnknownNumbersOnEachPlatform) {
     ErrorRecord record;
     // The framework's numbers, one above the sfnt IDs; unknown texts name the sfnt ID.
     const std::pair<std::string, std::string> cases[] = {
-        {VellPlatformToString(4, &record), "Microsoft"}, {VellPlatformToString(10, &record), "Unknown platform 9"},
-        {VellScriptToString(3, 3, &record), "ISO 8859-1"}, {VellScriptToString(2, 33, &record), "Uninterpreted"},
-        {VellScriptToString(4, 11, &record), "Unicode full repertoire"},
+        {VellPlatformToString(10, &record), "Unknown platform 9"}, {VellScriptToString(1, 4, &record), "Unicode BMP"},
+        {VellScriptToString(3, 3, &record), "ISO 8859-1"},
+        {VellScriptToString(2, 33, &record), "Uninterpreted"},
         {VellScriptToString(2, 34, &record), "Unknown script 33"},
+        {VellScriptToString(4, 11, &record), "Unicode full repertoire"},
         {VellLanguageToString(1, 4, 1, &record), "Language-independent"},
         {VellLanguageToString(2, 1, 151, &record), "Azerbaijani (Roman script)"},
         {VellLanguageToString(2, 1, 100, &record), "Unknown language 99"},

@@ -47,9 +47,6 @@ const Bytes kTriangle = {0, 1, 0, 0, 0, 0, 0, 100, 0, 100, 0, 2, 0, 0, 1, 1, 1, 
 const Bytes kMixedDeltas = {0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 3, 0, 1, 0xB0,
                             0x37, 0x0B, 2, 10, 10, 5, 1, 1, 0, 0, 0, 3, 1, 0};
 
-// Glyph 0 empty, glyph 1 kSide, glyph 2 `third`.
-FontTables ThreeGlyphs(const Bytes& third, bool longLoca = false) { return GlyphFont({{}, kSide, third}, longLoca); }
-
 // What velldump prints for one table, in its frame.
 std::string Velldump(const FontTables& font, const char (&tag)[5]) {
     LoadedFont loaded(font);
@@ -71,7 +68,7 @@ TEST(Glyf, AChangedGlyphPrintsBothBlocksInFull) {
     };
     // Without -p the glyph line stays open and the heading's line break ends it.
     EXPECT_EQ(
-        CompareDeltas(GlyphFont({{}, moved, kTriangle}), ThreeGlyphs(kTriangle), "glyf"),
+        CompareDeltas(GlyphFont({{}, moved, kTriangle}), GlyphFont({{}, kSide, kTriangle}), "glyf"),
         "Glyph ID:\t1\n\t### Original glyph data\n\n" + block("30") + "\n\t### Modified glyph data\n\n" + block("31"));
 }
 
@@ -84,14 +81,15 @@ TEST(Glyf, ComponentsGoOnWhileTheWordAfterARecordHasMoreComponentsAndScaleWordsA
     auto twoRecords = [](uint16_t glyph) {
         return Bytes(Composite().U16(0x0022).U16(glyph).U8(3).U8(4).U16(0x0008).U16(2).U8(5).U8(6).U16(0x4000));
     };
-    std::string changed = CompareDeltas(ThreeGlyphs(twoRecords(3)), ThreeGlyphs(twoRecords(1)), "glyf");
+    std::string changed =
+        CompareDeltas(GlyphFont({{}, kSide, twoRecords(3)}), GlyphFont({{}, kSide, twoRecords(1)}), "glyf");
     EXPECT_THAT(changed, HasSubstr("\tGlyph component:\t0\n\t\tFlags:\t0x0022\n\t\t\tARG_1_AND_2_ARE_WORDS:\tFALSE\n"
                                    "\t\t\tARGS_ARE_XY_VALUES:\tTRUE\n"));
     EXPECT_THAT(changed, EndsWith("\t\tGlyph ID:\t3\n\t\tArg 0:\t3\n\t\tArg 1:\t4\n\t\tNo scale\n"));
     // Word arguments and a scale; the y scale of WE_HAVE_AN_X_AND_Y_SCALE, with
     // bit 5 set, is read as one more record, whose arguments past the data read 0.
     Bytes scaled = Composite().U16(0x0049).U16(2).U16(0xFFFF).U16(4).U16(0x4000).U16(0x3020).U16(7);
-    std::string quirk = CompareDeltas(ThreeGlyphs(scaled), ThreeGlyphs(kTriangle), "glyf");
+    std::string quirk = CompareDeltas(GlyphFont({{}, kSide, scaled}), GlyphFont({{}, kSide, kTriangle}), "glyf");
     EXPECT_THAT(quirk, HasSubstr("\t\tGlyph ID:\t2\n\t\tArg 0:\t65535\n\t\tArg 1:\t4\n\t\tScale:\t0x4000\n"
                                  "\t\tFlags:\t0x3020\n"));
     EXPECT_THAT(quirk, EndsWith("\t\tGlyph ID:\t7\n\t\tArg 0:\t0\n\t\tArg 1:\t0\n\t\tNo scale\n"));
@@ -103,17 +101,17 @@ TEST(Glyf, UpToFourBytesOfPaddingToAMultipleOfFourAreNoChange) {
     for (auto [padding, reported] : {std::pair{4, false}, {0, false}, {2, true}, {8, true}}) {
         Bytes padded = base;
         padded.insert(padded.end(), padding, 0xAA);  // whatever the padding bytes hold
-        FontTables longer = ThreeGlyphs(padded, true), shorter = ThreeGlyphs(base, true);
+        FontTables longer = GlyphFont({{}, kSide, padded}, true), shorter = GlyphFont({{}, kSide, base}, true);
         EXPECT_EQ(CompareDeltas(longer, shorter, "glyf").empty(), !reported) << padding;
         EXPECT_EQ(CompareDeltas(shorter, longer, "glyf").empty(), !reported) << padding;
     }
 }
 
 TEST(Glyf, GlyphRangesOnlyOneFontHasAndGlyphsWithDataInOneFontOnlyAreNotListed) {
-    FontTables three = ThreeGlyphs(kTriangle), five = GlyphFont({{}, kSide, kTriangle, kTriangle, {}});
+    FontTables three = GlyphFont({{}, kSide, kTriangle}), five = GlyphFont({{}, kSide, kTriangle, kTriangle, {}});
     EXPECT_EQ(CompareDeltas(five, three, "glyf"), "\nGlyphs 3 to 4 added\n");
     EXPECT_EQ(CompareDeltas(three, five, "glyf"), "\nGlyphs 3 to 4 deleted\n");
-    EXPECT_EQ(CompareDeltas(ThreeGlyphs({}), three, "glyf"), "");
+    EXPECT_EQ(CompareDeltas(GlyphFont({{}, kSide, {}}), three, "glyf"), "");
 }
 
 TEST(Glyf, DumperListsEachContourAfterTheLastPointOfOneAndTheStoredFlagByteAtEachPoint) {
@@ -126,7 +124,7 @@ TEST(Glyf, DumperListsEachContourAfterTheLastPointOfOneAndTheStoredFlagByteAtEac
 
 TEST(Glyf, DamagedOutlinesEndInAnErrorOrABoundedReport) {
     std::mt19937 random(6301);
-    FontTables original = ThreeGlyphs(Composite().U16(0x0041).U16(1).U16(7).U16(9).U16(0x20));
+    FontTables original = GlyphFont({{}, kSide, Composite().U16(0x0041).U16(1).U16(7).U16(9).U16(0x20)});
     for (int round = 0; round < 200; ++round) {
         FontTables modified = original;
         Bytes& bytes = modified[round % 3 == 0 ? "loca" : "glyf"];
@@ -156,7 +154,7 @@ std::string CompareLoca(const FontTables& modified, const FontTables& original) 
 }
 
 TEST(Loca, OffsetsInLongFormAndTheComparatorsChangedThenExtraGlyphsWithTheirNames) {
-    FontTables font = ThreeGlyphs(kTriangle);
+    FontTables font = GlyphFont({{}, kSide, kTriangle});
     const std::string footer = "\n#####\n End table\n\n\n";
     EXPECT_EQ(Velldump(font, "loca"), "##### Table 'loca' (8 bytes in the modified font)\n\tGlyph:\t0\n\t\tOffset:\t"
                                       "0x00000000\n\tGlyph:\t1\n\t\tOffset:\t0x00000000\n\tGlyph:\t2\n\t\tOffset:\t"
@@ -181,7 +179,7 @@ TEST(Loca, OffsetsInLongFormAndTheComparatorsChangedThenExtraGlyphsWithTheirName
 }
 
 TEST(GlyphData, AGlyphEndingPastGlyfOrBeforeItsStartAndATablePastTheFileAreBadTables) {
-    FontTables font = ThreeGlyphs(kTriangle);  // short offsets 0, 0, 14, 29
+    FontTables font = GlyphFont({{}, kSide, kTriangle});  // short offsets 0, 0, 14, 29
     ASSERT_EQ(font.tables[7].first + font.tables[8].first + font.tables[0].first, "glyflocahead");
     // A 'glyf', 'loca' or 'head' running past the end of the file.
     std::vector<Bytes> files;
@@ -237,7 +235,7 @@ std::pair<std::string, uint32_t> Decode(const Bytes& bytes) {
     return {std::string(VellView(text).chars(1, text[0])), used};
 }
 
-TEST(Instructions, MnemonicsFlagBitsAndPushesOfOneInstruction) {
+TEST(Instructions, MnemonicsFlagBitsAndPushesOfOneInstructionUpToTheGivenLength) {
     const std::tuple<Bytes, std::string, uint32_t> cases[] = {
         {{0x00}, "SVTCA[0]", 1}, {{0x10}, "SRP0[]", 1}, {{0x69}, "ROUND[01]", 1}, {{0xED}, "MIRP[01101]", 1},
         {{0x87}, "SDPVTL[1]", 1}, {{0x91}, "GETVARIATION[]", 1}, {{0x28}, "Unknown opcode 0x28", 1},
@@ -246,17 +244,14 @@ TEST(Instructions, MnemonicsFlagBitsAndPushesOfOneInstruction) {
         // Pushes cut short take the rest; half a word is no value.
         {{0xB2, 1}, "PUSHB[3] 1", 2}, {{0x41, 3, 0, 1, 2}, "NPUSHW[3] 1", 5}, {{0x40}, "NPUSHB[]", 1},
     };
+    ErrorRecord record;
     for (const auto& [code, text, size] : cases) {
         EXPECT_EQ(Decode(code), std::pair(text, size));
-        ErrorRecord record;
         EXPECT_EQ(VellCountInstructions(VellView(code), 1000, &record), code.size() == size ? 1u : 2u) << text;
     }
-}
-
-TEST(Instructions, CountingAndDecodingStopAtTheGivenLength) {
+    // Counting and decoding stop at the given length; nothing to decode is a parameter error.
     Bytes code = {0xB0, 5, 0x10, 0x40, 3, 1};  // PUSHB[1] 5, SRP0, NPUSHB[3] cut short
     std::array<uint8_t, kVellInstructionTextSize> text{};
-    ErrorRecord record;
     EXPECT_EQ(VellCountInstructions(VellView(code), 3, &record), 2u);
     EXPECT_EQ(VellDecodeInstructions(VellView(code), 1, text, &record), 1u);
     EXPECT_EQ(VellView(text).chars(1, text[0]), "PUSHB[1]");

@@ -6,11 +6,10 @@
 
 namespace {
 
-// A font with these glyphs: 'maxp' counts them and 'post' names them.
+// SampleFont with these glyphs: 'maxp' counts them and 'post' names them.
 FontTables FontWithGlyphs(const std::vector<std::string>& names) {
     FontTables font = SampleFont();
-    font["maxp"] = MakeMaxp(static_cast<uint16_t>(names.size()));
-    font["post"] = MakePost(names);
+    font["maxp"] = MakeMaxp(static_cast<uint16_t>(names.size())), font["post"] = MakePost(names);
     return font;
 }
 

@@ -58,19 +58,16 @@ Mappings Decode(const Bytes& cmap) {
     return mappings;
 }
 
-// One-byte codes 0xA1 and 0xA2 through subheader 0 (after the two-byte codes in
-// table order); lead byte 0x81 through subheader 1, whose delta of 5 is not added
-// to its glyph 0.
-Bytes Format2() {
-    TableWriter table;
-    table.U16(2).U16(0).U16(0);
-    for (uint32_t high = 0; high < 256; ++high) table.U16(high == 0x81 ? 8 : 0);
-    return table.U16(0xA1).U16(2).U16(0).U16(10).U16(0x40).U16(2).U16(5).U16(6).U16(1).U16(2).U16(3).U16(0);
-}
-
 TEST(CmapDecoders, EachFormatGivesItsMappingsInCodeOrderAndCutShortStaysInsideTheTable) {
     Bytes format0 = TableWriter().U16(0).U16(0).U16(0).Zeros(256);
     format0[6 + 0x41] = 3;
+    // One-byte codes 0xA1 and 0xA2 through subheader 0 (after the two-byte codes in
+    // table order); lead byte 0x81 through subheader 1, whose delta of 5 is not added
+    // to its glyph 0.
+    TableWriter format2;
+    format2.U16(2).U16(0).U16(0);
+    for (uint32_t high = 0; high < 256; ++high) format2.U16(high == 0x81 ? 8 : 0);
+    format2.U16(0xA1).U16(2).U16(0).U16(10).U16(0x40).U16(2).U16(5).U16(6).U16(1).U16(2).U16(3).U16(0);
     // 0x41-0x43 by delta; 0x61-0x62 through the glyph array (delta 1, glyph 0 stays
     // unmapped); the closing 0xFFFF segment maps to glyph 0.
     Bytes format4 = TableWriter().U16(4).U16(0).U16(0).U16(6).Zeros(6).U16(0x43).U16(0x62).U16(0xFFFF).U16(0)
@@ -78,12 +75,9 @@ TEST(CmapDecoders, EachFormatGivesItsMappingsInCodeOrderAndCutShortStaysInsideTh
     Bytes format8 = TableWriter().U16(8).U16(0).U32(0).U32(0).Zeros(8192).U32(1).U32(0x10000).U32(0x10001).U32(9);
     Bytes format10 = TableWriter().U16(10).U16(0).U32(0).U32(0).U32(0x10400).U32(2).U16(4).U16(5);
     const std::pair<Bytes, Mappings> cases[] = {
-        {format0, {{0x41, 3}}},
-        {Format2(), {{0xA1, 1}, {0xA2, 2}, {0x8140, 8}}},
-        {format4, {{0x41, 1}, {0x42, 2}, {0x43, 3}, {0x61, 8}}},
-        {Format6(0x30, {5, 0, 6}), {{0x30, 5}, {0x32, 6}}},
-        {format8, {{0x10000, 9}, {0x10001, 10}}},
-        {format10, {{0x10400, 4}, {0x10401, 5}}},
+        {format0, {{0x41, 3}}}, {format2, {{0xA1, 1}, {0xA2, 2}, {0x8140, 8}}},
+        {format4, {{0x41, 1}, {0x42, 2}, {0x43, 3}, {0x61, 8}}}, {Format6(0x30, {5, 0, 6}), {{0x30, 5}, {0x32, 6}}},
+        {format8, {{0x10000, 9}, {0x10001, 10}}}, {format10, {{0x10400, 4}, {0x10401, 5}}},
         {GroupsFormat(12, {{0x20, 0x21, 1}, {0x1F600, 0x1F600, 3}}), {{0x20, 1}, {0x21, 2}, {0x1F600, 3}}},
         {GroupsFormat(13, {{0x4E00, 0x4E01, 7}}), {{0x4E00, 7}, {0x4E01, 7}}},
     };
@@ -94,9 +88,9 @@ TEST(CmapDecoders, EachFormatGivesItsMappingsInCodeOrderAndCutShortStaysInsideTh
         for (size_t size = 12; size < cmap.size(); ++size) Decode(Bytes(cmap.begin(), cmap.begin() + size));
     }
     // Every subheader key of format 2 far past the end.
-    Bytes format2 = Format2();
-    for (size_t key = 6; key < 518; key += 2) SetU16(format2, key, 0xFFF8);
-    EXPECT_EQ(Decode(Cmap({{3, 1, format2}})), Mappings{});
+    Bytes farKeys = format2;
+    for (size_t key = 6; key < 518; key += 2) SetU16(farKeys, key, 0xFFF8);
+    EXPECT_EQ(Decode(Cmap({{3, 1, farKeys}})), Mappings{});
 }
 
 TEST(CmapDecoders, HostileRangesGiveAtMostOneMappingPerCodePoint) {

@@ -52,12 +52,10 @@ TEST(Name, AddedKeyOnFourIdentifiersDeletedOnFiveAndChangedOnLengthOrLastByte) {
 TEST(Name, FieldBlockRepeatsTheEncodingTextAsTheLanguageWhileTheDumpShowsTheLanguageAndNoNameID) {
     Bytes original = MakeNameRecords({Mac(6, "PS")});
     EXPECT_EQ(NameDeltas(MakeNameRecords({}), original),
-              "\t### Added names ### \n\t### Deleted names ### \n"
-              "\tDeleted name, name index:\t0\n\t\t# name (orig)\n"
+              "\t### Added names ### \n\t### Deleted names ### \n\tDeleted name, name index:\t0\n\t\t# name (orig)\n"
               "\t\tPlatform ID:\t1\n\t\t-aka-:\tMacintosh\n\t\tPlatform-specific ID:\t0\n\t\t-aka-:\tRoman\n"
               "\t\tLanguage ID:\t0\n\t\t-aka-:\tRoman\n\t\tName ID:\t6\n\t\t-aka-:\tPostScript name\n"
-              "\t\tLength:\t2\n\t\tOffset:\t0\n\t\t\"PS\"\n"
-              "\t### Changed names ### \n");
+              "\t\tLength:\t2\n\t\tOffset:\t0\n\t\t\"PS\"\n\t### Changed names ### \n");
     EXPECT_EQ(DumpContents<TNAMETableDumper>(original),
               "\tName:\t0\n\t\tPlatform ID:\t1\n\t\t\t-aka-:\tMacintosh\n\t\tPlatform-specific ID:\t0\n"
               "\t\t\t-aka-:\tRoman\n\t\tLanguage ID:\t0\n\t\t\t-aka-:\tEnglish\n\t\tLength:\t2\n\t\tOffset:\t0\n"
@@ -106,8 +104,7 @@ TEST(Identifiers, KnownAndUnknownNumbersOnEachPlatform) {
     // The framework's numbers, one above the sfnt IDs; unknown texts name the sfnt ID.
     const std::pair<std::string, std::string> cases[] = {
         {VellPlatformToString(10, &record), "Unknown platform 9"}, {VellScriptToString(1, 4, &record), "Unicode BMP"},
-        {VellScriptToString(3, 3, &record), "ISO 8859-1"},
-        {VellScriptToString(2, 33, &record), "Uninterpreted"},
+        {VellScriptToString(3, 3, &record), "ISO 8859-1"}, {VellScriptToString(2, 33, &record), "Uninterpreted"},
         {VellScriptToString(2, 34, &record), "Unknown script 33"},
         {VellScriptToString(4, 11, &record), "Unicode full repertoire"},
         {VellLanguageToString(1, 4, 1, &record), "Language-independent"},

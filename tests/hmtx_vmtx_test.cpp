@@ -47,9 +47,9 @@ TEST(Hmtx, HostileCountsListOnlyTheEntriesTheTableHolds) {
     // an entry that only begins in it is listed, its missing bytes read as 0.
     const std::string twoLong = "\tGlyph:\t0\n\t\tAdvance width:\t1000\n\t\tLeft-side bearing:\t0\n"
                                 "\tGlyph:\t1\n\t\tAdvance width:\t500\n\t\tLeft-side bearing:\t3\n\tGlyph:\t2\n";
-    for (auto [longMetrics, rest] : {std::pair<uint16_t, std::string>{65535, "\t\tAdvance width:\t65529\n"
-                                                                             "\t\tLeft-side bearing:\t0\n"},
-                                     {2, "\t\tAdvance width:\t-7\n"}}) {
+    const std::pair<uint16_t, std::string> cases[] = {
+        {65535, "\t\tAdvance width:\t65529\n\t\tLeft-side bearing:\t0\n"}, {2, "\t\tAdvance width:\t-7\n"}};
+    for (const auto& [longMetrics, rest] : cases) {
         CapturedStream out;
         THMTXTableDumper(VelmNewHandle(MakeHmtx({{1000, 0}, {500, 3}}, {-7})), VellHandle(), longMetrics, 65535,
                          out.file())

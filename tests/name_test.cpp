@@ -112,6 +112,7 @@ TEST(Identifiers, KnownAndUnknownNumbersOnEachPlatform) {
         {VellLanguageToString(2, 1, 100, &record), "Unknown language 99"},
         {VellLanguageToString(4, 2, 0x409 + 1, &record), "English (United States)"},
         {VellLanguageToString(4, 2, 0x400 + 1, &record), "Unknown language 1024"},
+        {VellLanguageToString(4, 2, 0 + 1, &record), "Language-independent"},  // a Microsoft 'cmap' subtable's
         {VellLanguageToString(4, 2, 0x8001 + 1, &record), "Language tag record 1"},
         {VellNameTypeToString(27, &record), "Reserved name 26"},
         {VellNameTypeToString(257, &record), "Font-specific name"},

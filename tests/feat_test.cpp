@@ -8,10 +8,7 @@ namespace {
 
 using ::testing::HasSubstr;
 
-struct Feature {
-    uint16_t type, flags, name;
-    std::vector<std::pair<uint16_t, uint16_t>> settings;  // (setting, name ID)
-};
+struct Feature { uint16_t type, flags, name; std::vector<std::pair<uint16_t, uint16_t>> settings; };  // (setting, name)
 
 // A 'feat' table: the records, then each record's settings in record order.
 Bytes Feat(const std::vector<Feature>& features) {

@@ -3,6 +3,7 @@
 
 #include <chrono>
 
+#include "VellDumpFonts.h"
 #include "framework/VellLookups.h"
 #include "support/Harness.h"
 #include "tables/prop.h"
@@ -39,10 +40,7 @@ Values Expand(const Bytes& prop, uint32_t glyphCount) {
 constexpr uint16_t D = 0x00AA;  // the default property
 
 TEST(PropLookup, EachFormatGivesEveryGlyphItsValueOrTheDefaultPropertyReadingOnlyWhatTheLookupHolds) {
-    const struct {
-        Bytes prop;
-        Values expected;
-    } kCases[] = {
+    const struct { Bytes prop; Values expected; } kCases[] = {
         {MakeProp(0, D, {0, 1, 2, 3}), {D, D, D, D, D, D}},  // no lookup
         {MakeProp(1, D, {0, 1, 2, 3}), {1, 2, 3, D, D, D}},  // a simple array cut short
         // Overlapping segments: the first one to cover a glyph gives its value.
@@ -85,10 +83,13 @@ FontTables WithProp(Values properties, uint16_t defaultProperty = 0) {
     return font;
 }
 
-TEST(Prop, OnlyFieldsThatChangedPrintAndTheBracketingOffsetIsSigned) {
+TEST(Prop, OnlyFieldsThatChangedPrintAndGlyphsOnlyOneFontHasAreListedWithTheirOwnFontsNames) {
     // Without -p the bracketing glyph's line is left open; glyph 0 with an offset of -1 is bracketed by 65535.
-    // Glyph 1 changes only reserved bits.
-    EXPECT_EQ(CompareDeltas(WithProp({0x0F01, 0x0071, 0x9082, 1}), WithProp({1, 1, 1, 1}), "prop"),
+    // Glyph 1 changes only reserved bits; glyph 4 is the modified font's alone.
+    FontTables modified = WithProp({0x0F01, 0x0071, 0x9082, 2, 1}), original = WithProp({1, 1, 1, 1});
+    modified["maxp"] = MakeMaxp(5);
+    modified["post"] = MakePost({".notdef", "space", "A", "Bee", "C"});
+    EXPECT_EQ(CompareDeltas(modified, original, "prop"),
               "\tGlyph:\t0\n\t\tName:\t.notdef\n\t\tProperties (mod vs. orig):\t\n"
               "\t\t\tRLBracketingGlyphOffset (mod ):\t-1\n\t\t\tRLBracketingGlyph (mod ):\t65535"
               "\t\t\tRLBracketingGlyphOffset (orig):\t0\n\tGlyph:\t1\n\t\tName:\tspace\n"
@@ -96,37 +97,31 @@ TEST(Prop, OnlyFieldsThatChangedPrintAndTheBracketingOffsetIsSigned) {
               "\t\t\tisFloater (mod ):\tTRUE\n\t\t\tisFloater (orig):\tFALSE\n"
               "\t\t\tuseRLBracketingGlyph (mod ):\tTRUE\n\t\t\tuseRLBracketingGlyph (orig):\tFALSE\n"
               "\t\t\tglyphConnectsOnRight (mod ):\tTRUE\n\t\t\tglyphConnectsOnRight (orig):\tFALSE\n"
-              "\t\t\tdirectionClass (mod ):\t2\n\t\t\tdirectionClass (orig):\t1\n");
+              "\t\t\tdirectionClass (mod ):\t2\n\t\t\tdirectionClass (orig):\t1\n"
+              "\tGlyph:\t3\n\t\tName (mod ):\tBee\n\t\tName (orig ):\tB\n\t\tProperties (mod vs. orig):\t\n"
+              "\t\t\tdirectionClass (mod ):\t2\n\t\t\tdirectionClass (orig):\t1\n"
+              "\n\n\tValues for added glyphs:\n\tGlyph:\t4\n\t\tName (mod ):\tC\n\t\tOffset:\t\n"
+              "\t\t\tisFloater:\tFALSE\n\t\t\tisLeftTopHanger:\tFALSE\n\t\t\tisRightBottomHanger:\tFALSE\n"
+              "\t\t\tuseRLBracketingGlyph:\tFALSE\n\t\t\tRLBracketingGlyphOffset:\t0\n"
+              "\t\t\tglyphConnectsOnRight:\tFALSE\n\t\t\tdirectionClass:\t1\n");
+    EXPECT_THAT(CompareDeltas(original, modified, "prop"),
+                HasSubstr("\n\n\tValues for deleted glyphs:\n\tGlyph:\t4\n\t\tName (orig ):\tC\n\t\tOffset:\t\n"));
+    // A font without 'post' gives no name; with neither, no name line is printed.
+    original.Remove("post");
+    EXPECT_THAT(CompareDeltas(modified, original, "prop"), HasSubstr("\tGlyph:\t3\n\t\tName (mod ):\tBee\n\t\tProp"));
+    modified.Remove("post");
+    EXPECT_THAT(CompareDeltas(modified, original, "prop"), HasSubstr("\tGlyph:\t3\n\t\tProperties"));
 }
 
 TEST(Prop, DumperBracketsTheDefaultPropertyFromGlyph65535) {
     SwitchesForTest switches(true, false);
-    FontTables font = WithProp({1, 1, 1, 1}, 0x0100);
-    LoadedFont loaded(font);
+    LoadedFont font(WithProp({1, 1, 1, 1}, 0x0100));
     CapturedStream out;
-    TPROPTableDumper dumper(VelmNewHandle(font["prop"]), out.file());
-    dumper.SetFont(loaded.font());
-    dumper.DumpTableContents();
+    ErrorRecord record;
+    MakeFontTableDumper(font.font(), VellMakeTag("prop"), out.file(), &record)->DumpTableContents();
     EXPECT_THAT(out.Text(), testing::AllOf(HasSubstr("\tFormat:\t1\n\tDefault property:\t\n\t\tisFloater:\tFALSE\n"),
                                            HasSubstr("\t\tRLBracketingGlyph:\t0 (.notdef U+FFFF)\n\t\tglyphConnects"),
                                            HasSubstr("\tGlyph:\t3 (B U+FFFF)\n\t\tProperty:\t\n\t\t\tisFloater:\t")));
-}
-
-TEST(Prop, GlyphsOnlyOneFontHasAreListedWithTheirOwnFontsNames) {
-    FontTables modified = WithProp({1, 1, 1, 2, 0x0101}), original = WithProp({1, 1, 1, 1});
-    modified["maxp"] = MakeMaxp(5);
-    modified["post"] = MakePost({".notdef", "space", "A", "Bee", "C"});
-    original.Remove("post");  // a font without 'post' names no glyph
-    EXPECT_EQ(CompareDeltas(modified, original, "prop"),
-              "\tGlyph:\t3\n\t\tName (mod ):\tBee\n\t\tProperties (mod vs. orig):\t\n\t\t\tdirectionClass (mod ):\t2\n"
-              "\t\t\tdirectionClass (orig):\t1\n\n\n\tValues for added glyphs:\n\tGlyph:\t4\n\t\tName (mod ):\tC\n"
-              "\t\tOffset:\t\n\t\t\tisFloater:\tFALSE\n\t\t\tisLeftTopHanger:\tFALSE\n\t\t\tisRightBottomHanger:\tFALSE\n"
-              "\t\t\tuseRLBracketingGlyph:\tFALSE\n\t\t\tRLBracketingGlyphOffset:\t1\n"
-              "\t\t\tRLBracketingGlyph:\t5\t\t\tglyphConnectsOnRight:\tFALSE\n\t\t\tdirectionClass:\t1\n");
-    EXPECT_THAT(CompareDeltas(original, modified, "prop"),
-                HasSubstr("\n\n\tValues for deleted glyphs:\n\tGlyph:\t4\n\t\tName (orig ):\tC\n\t\tOffset:\t\n"));
-    modified.Remove("post");
-    EXPECT_THAT(CompareDeltas(modified, original, "prop"), HasSubstr("\tGlyph:\t3\n\t\tProperties"));  // no names
 }
 
 }  // namespace

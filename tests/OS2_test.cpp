@@ -37,16 +37,14 @@ TEST(OS2, TheSizeAloneChoosesTheComparedLayout) {
     EXPECT_EQ(OS2(v2, MakeOS2(96)), "\tsxHeight (mod ):\t-3\n\tsxHeight (orig):\t1000\n");
 }
 
-TEST(OS2, SizeMismatchDumpsTheOriginalThenTheModifiedTable) {
+TEST(OS2, SizeMismatchDumpsTheOriginalThenTheModifiedTableEachInItsSizesLayout) {
     EXPECT_EQ(OS2(MakeOS2(96), MakeOS2(86)),
               "\n##### Sizes don't match\n##### Original data\n"
               "\tTable size:\t86\n\t\t== size of Version 1 OS/2 table\n\tVersion:\t1\n" + kCommonDumpFields +
                   "##### Modified data\n\tTable size:\t96\n\t\t== size of Version 2 OS/2 table\n\tVersion:\t2\n" +
                   kCommonDumpFields + "\tsxHeight:\t1000\n\tsCapHeight:\t1400\n\tusDefaultChar:\t0\n" +
                   "\tusBreakChar:\t32\n\tusMaxContext:\t2\n");
-}
-
-TEST(OS2, Version0DumpNamesTheRangesAsCharacterRanges) {
+    // Version 0 names the Unicode ranges as character ranges, and ends with usWinDescent.
     std::string fields = kCommonDumpFields.substr(0, kCommonDumpFields.find("\tulCodePageRange1"));
     for (size_t at; (at = fields.find("UnicodeRange")) != std::string::npos;) fields.replace(at, 12, "CharRange");
     EXPECT_EQ(OS2(MakeOS2(78)), "\tTable size:\t78\n\t\t== size of Version 0 OS/2 table\n\tVersion:\t0\n" + fields);

@@ -47,10 +47,12 @@ TEST(Feat, AddedAndChangedFeaturesPrintTheirBlocksAndEverySectionPrintsEvenWhenE
 
 TEST(Feat, AFeatureIsComparedWithEveryOriginalRecordOfItsTypeAndDeletedByTypeAlone) {
     std::vector<Feature> modified = kFeatures, original = kFeatures;
-    modified[1].name = 4;
     original.insert(original.end(), {{3, 0x4000, 2, {{0, 1}}}, {7, 0, 2, {}}});
-    std::string report = Deltas(Feat(modified), Feat(original));
+    std::string report = Deltas(Feat(modified), Feat(original));  // equal to the first record of type 3 alone
     EXPECT_THAT(report, HasSubstr("### Deleted features:\n\n\tFeature type:\t7\n"));
+    EXPECT_THAT(report, HasSubstr("feature:\t3\n\tOld data\n\t\tFeature type:\t3\n\t\tFeature flags:\t0x4000"));
+    modified[1].name = 4;
+    report = Deltas(Feat(modified), Feat(original));
     EXPECT_NE(report.find("Changed feature:\t3\n"), report.rfind("Changed feature:\t3\n"));  // reported twice
 }
 

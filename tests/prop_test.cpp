@@ -50,7 +50,8 @@ TEST(PropLookup, EachFormatGivesEveryGlyphItsValueOrTheDefaultPropertyReadingOnl
         {MakeProp(1, D, BinarySearch(6, 4, {4, 9, 1, 3, 4, 10})), {D, 3, D, D, 9, D}},
         {MakeProp(1, D, {8, 3, 5, 1, 2, 3, 4, 5}), {D, D, D, 1, 2, 3}},  // a trimmed array
         {MakeProp(1, D, {10, 1, 2, 3}), {D, D, D, D, D, D}},             // an unknown format
-        // 65535 units of size 0; 65535 units stated, one present; last glyph below the first.
+        // Units too small for a segment; 65535 units of size 0; 65535 stated, one present; last glyph below the first.
+        {MakeProp(1, D, BinarySearch(2, 2, {2, 1, 7})), {D, D, D, D}},
         {MakeProp(1, D, BinarySearch(2, 0, {})), Values(0xFFFF, D)},
         {MakeProp(1, D, {2, 6, 0xFFFF, 0, 0, 0, 2, 1, 7}), {D, 7, 7, D}},
         {MakeProp(1, D, BinarySearch(2, 6, {1, 2, 7})), {D, D, D, D}},
@@ -85,21 +86,19 @@ FontTables WithProp(Values properties, uint16_t defaultProperty = 0) {
 
 TEST(Prop, OnlyFieldsThatChangedPrintAndGlyphsOnlyOneFontHasAreListedWithTheirOwnFontsNames) {
     // Without -p the bracketing glyph's line is left open; glyph 0 with an offset of -1 is bracketed by 65535.
-    // Glyph 1 changes only reserved bits; glyph 4 is the modified font's alone.
-    FontTables modified = WithProp({0x0F01, 0x0071, 0x9082, 2, 1}), original = WithProp({1, 1, 1, 1});
+    // Glyph 3 changes only reserved bits; glyph 4 is the modified font's alone.
+    FontTables modified = WithProp({0x0F01, 1, 0x9082, 0x0071, 1}), original = WithProp({1, 1, 1, 1});
     modified["maxp"] = MakeMaxp(5);
     modified["post"] = MakePost({".notdef", "space", "A", "Bee", "C"});
     EXPECT_EQ(CompareDeltas(modified, original, "prop"),
               "\tGlyph:\t0\n\t\tName:\t.notdef\n\t\tProperties (mod vs. orig):\t\n"
               "\t\t\tRLBracketingGlyphOffset (mod ):\t-1\n\t\t\tRLBracketingGlyph (mod ):\t65535"
-              "\t\t\tRLBracketingGlyphOffset (orig):\t0\n\tGlyph:\t1\n\t\tName:\tspace\n"
-              "\t\tProperties (mod vs. orig):\t\n\tGlyph:\t2\n\t\tName:\tA\n\t\tProperties (mod vs. orig):\t\n"
+              "\t\t\tRLBracketingGlyphOffset (orig):\t0\n\tGlyph:\t2\n\t\tName:\tA\n\t\tProperties (mod vs. orig):\t\n"
               "\t\t\tisFloater (mod ):\tTRUE\n\t\t\tisFloater (orig):\tFALSE\n"
               "\t\t\tuseRLBracketingGlyph (mod ):\tTRUE\n\t\t\tuseRLBracketingGlyph (orig):\tFALSE\n"
               "\t\t\tglyphConnectsOnRight (mod ):\tTRUE\n\t\t\tglyphConnectsOnRight (orig):\tFALSE\n"
               "\t\t\tdirectionClass (mod ):\t2\n\t\t\tdirectionClass (orig):\t1\n"
               "\tGlyph:\t3\n\t\tName (mod ):\tBee\n\t\tName (orig ):\tB\n\t\tProperties (mod vs. orig):\t\n"
-              "\t\t\tdirectionClass (mod ):\t2\n\t\t\tdirectionClass (orig):\t1\n"
               "\n\n\tValues for added glyphs:\n\tGlyph:\t4\n\t\tName (mod ):\tC\n\t\tOffset:\t\n"
               "\t\t\tisFloater:\tFALSE\n\t\t\tisLeftTopHanger:\tFALSE\n\t\t\tisRightBottomHanger:\tFALSE\n"
               "\t\t\tuseRLBracketingGlyph:\tFALSE\n\t\t\tRLBracketingGlyphOffset:\t0\n"

@@ -69,20 +69,20 @@ TEST(Mort, DefaultFlagsAreReportedWhileTheChainStructureHoldsAndHexRowsInOneFram
 }
 
 TEST(Morx, FeatureEntriesAreReportedUnderTheChainIndexWithTheModifiedValueTwice) {
-    // Each case changes chain 1's entry 1, at byte 84, in one of the two tables.
+    // Each case changes chain 1's entry 0, at byte 72, in one of the two tables.
     const struct { size_t offset; bool original; uint32_t value; const char* report; } kCases[] = {
-        {84, false, 0x00050001, "\t\t\tFeature type:\t1\n\t\t\tmod :\t5\n\t\t\torig:\t5\n"},
-        {84, false, 0x00030002, "\t\t\tFeature selector:\t1\n\t\t\tmod :\t2\n\t\t\torig:\t2\n"},
+        {72, false, 0x00050000, "\t\t\tFeature type:\t1\n\t\t\tmod :\t5\n\t\t\torig:\t5\n"},
+        {72, false, 0x00020003, "\t\t\tFeature selector:\t1\n\t\t\tmod :\t3\n\t\t\torig:\t3\n"},
         // New enable flags also differ from the original disable flags.
-        {88, false, 8, "\t\t\tFeature selector:\t0x00000001\n\t\t\tmod :\t0x00000008\n\t\t\torig:\t0x00000008\n"
-                       "\t\t\tFeature selector:\t0x00000001\n\t\t\tmod :\t0x00000004\n\t\t\torig:\t0x00000004\n"},
+        {76, false, 8, "\t\t\tFeature selector:\t0x00000001\n\t\t\tmod :\t0x00000008\n\t\t\torig:\t0x00000008\n"
+                       "\t\t\tFeature selector:\t0x00000001\n\t\t\tmod :\t0x00000002\n\t\t\torig:\t0x00000002\n"},
         // Original disable flags unlike its enable flags: reported though nothing changed.
-        {92, true, ~4u, "\t\t\tFeature selector:\t0x00000001\n\t\t\tmod :\t0x00000004\n\t\t\torig:\t0x00000004\n"},
+        {80, true, ~2u, "\t\t\tFeature selector:\t0x00000001\n\t\t\tmod :\t0x00000002\n\t\t\torig:\t0x00000002\n"},
     };
     for (const auto& c : kCases) {
         Bytes modified = kMorxSample, original = kMorxSample;
         SetU32(c.original ? original : modified, c.offset, c.value);
-        EXPECT_EQ(Compare<TMORXTableComparator>(modified, original), "\t\tChain feature:\t1\n" + std::string(c.report));
+        EXPECT_EQ(Compare<TMORXTableComparator>(modified, original), "\t\tChain feature:\t0\n" + std::string(c.report));
     }
 }
 

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "support/Harness.h"
@@ -5,19 +6,12 @@
 
 namespace {
 
-// The comparator's one-table dump of `bytes`, as the size-mismatch block prints it.
-std::string DumpOS2(const Bytes& bytes) {
+// The comparator's deltas; without an original, its one-table dump as a size mismatch prints it.
+std::string OS2(const Bytes& modified, const Bytes& original = {}) {
     CapturedStream out;
-    TOS2TableComparator comparator(VelmNewHandle(bytes), VelmNewHandle(bytes), out.file());
-    comparator.DumpOneTable(comparator.GetTableHandle());
+    TOS2TableComparator comparator(VelmNewHandle(modified), VelmNewHandle(original), out.file());
+    original.empty() ? comparator.DumpOneTable(comparator.GetTableHandle()) : void(comparator.DumpTableDeltas());
     return out.Text();
-}
-
-std::string OS2Deltas(const Bytes& modifiedOS2, const Bytes& originalOS2) {
-    FontTables original = SampleFont(), modified = SampleFont();
-    original["OS/2"] = originalOS2;
-    modified["OS/2"] = modifiedOS2;
-    return CompareDeltas(modified, original, "OS/2");
 }
 
 // The fields versions 1 and 2 share, with the one-table dump's labels, as MakeOS2 fills them.
@@ -33,65 +27,52 @@ const std::string kCommonDumpFields =
 
 TEST(OS2, TheSizeAloneChoosesTheComparedLayout) {
     Bytes v0 = MakeOS2(78), v1 = MakeOS2(86), v2 = MakeOS2(96);
-    SetU16(v0, 68, 1600);  // sTypoAscender: 78 bytes compares in the older layout, which stops before it
+    SetU16(v0, 68, 1600);  // sTypoAscender: 78 bytes compare in the older layout, which stops before it
     SetU16(v1, 64, 0x41);     // usFirstCharIndex and ulCodePageRange1 compare in decimal,
     SetU32(v1, 78, 0x20001);  // where the one-table dump prints them in hexadecimal
     SetU16(v2, 86, static_cast<uint16_t>(-3));  // sxHeight
-    SetU16(v2, 94, 7);                          // usMaxContext
-    EXPECT_EQ(OS2Deltas(v0, MakeOS2(78)), "");
-    EXPECT_EQ(OS2Deltas(v1, MakeOS2(86)),
-              "\tusFirstCharIndex (mod ):\t65\n\tusFirstCharIndex (orig):\t32\n"
-              "\tulCodePageRange1 (mod ):\t131073\n\tulCodePageRange1 (orig):\t1\n");
-    EXPECT_EQ(OS2Deltas(v2, MakeOS2(96)),
-              "\tsxHeight (mod ):\t-3\n\tsxHeight (orig):\t1000\n"
-              "\tusMaxContext (mod ):\t7\n\tusMaxContext (orig):\t2\n");
+    EXPECT_EQ(OS2(v0, MakeOS2(78)), "");
+    EXPECT_EQ(OS2(v1, MakeOS2(86)), "\tusFirstCharIndex (mod ):\t65\n\tusFirstCharIndex (orig):\t32\n"
+                                    "\tulCodePageRange1 (mod ):\t131073\n\tulCodePageRange1 (orig):\t1\n");
+    EXPECT_EQ(OS2(v2, MakeOS2(96)), "\tsxHeight (mod ):\t-3\n\tsxHeight (orig):\t1000\n");
 }
 
-TEST(OS2, SizeMismatchDumpsTheOriginalThenTheModifiedTable) {
-    EXPECT_EQ(OS2Deltas(MakeOS2(96), MakeOS2(86)),
+TEST(OS2, SizeMismatchDumpsTheOriginalThenTheModifiedTableEachInItsSizesLayout) {
+    EXPECT_EQ(OS2(MakeOS2(96), MakeOS2(86)),
               "\n##### Sizes don't match\n##### Original data\n"
               "\tTable size:\t86\n\t\t== size of Version 1 OS/2 table\n\tVersion:\t1\n" + kCommonDumpFields +
                   "##### Modified data\n\tTable size:\t96\n\t\t== size of Version 2 OS/2 table\n\tVersion:\t2\n" +
                   kCommonDumpFields + "\tsxHeight:\t1000\n\tsCapHeight:\t1400\n\tusDefaultChar:\t0\n" +
                   "\tusBreakChar:\t32\n\tusMaxContext:\t2\n");
-}
-
-TEST(OS2, Version0DumpNamesTheRangesAsCharacterRanges) {
+    // Version 0 names the Unicode ranges as character ranges, and ends with usWinDescent.
     std::string fields = kCommonDumpFields.substr(0, kCommonDumpFields.find("\tulCodePageRange1"));
     for (size_t at; (at = fields.find("UnicodeRange")) != std::string::npos;) fields.replace(at, 12, "CharRange");
-    EXPECT_EQ(DumpOS2(MakeOS2(78)), "\tTable size:\t78\n\t\t== size of Version 0 OS/2 table\n\tVersion:\t0\n" + fields);
+    EXPECT_EQ(OS2(MakeOS2(78)), "\tTable size:\t78\n\t\t== size of Version 0 OS/2 table\n\tVersion:\t0\n" + fields);
 }
 
-TEST(OS2, OlderLayoutKeepsItsFillerLabels) {
+TEST(OS2, OlderLayoutKeepsItsFillerLabelsAndComparesNothingPastOffset67) {
     Bytes original = MakeOS2(100), modified = MakeOS2(100);
     SetU16(modified, 2, 1);      // filler1
-    SetU16(modified, 10, 0);     // filler2[i]
     SetU16(modified, 30, 9);     // filler2[i]
     SetU32(modified, 46, 5);     // filler3[i]
     modified[58] = 'X';          // filler4
     SetU16(modified, 66, 0x7E);  // filler5[1]
-    SetU16(modified, 90, 1);     // past offset 67: never compared
-    EXPECT_EQ(OS2Deltas(modified, original),
-              "\tfiller1 (mod ):\t1\n\tfiller1 (orig):\t1100\n\tfiller2[i] (mod ):\t0\n\tfiller2[i] (orig):\t100\n"
-              "\tfiller2[i] (mod ):\t9\n\tfiller2[i] (orig):\t110\n\tfiller3[i] (mod ):\t5\n\tfiller3[i] (orig):\t0\n"
-              "\tfiller4 (mod ):\t'XELL'\n\tfiller4 (orig):\t'VELL'\n"
+    SetU16(modified, 90, 1);
+    EXPECT_EQ(OS2(modified, original),
+              "\tfiller1 (mod ):\t1\n\tfiller1 (orig):\t1100\n\tfiller2[i] (mod ):\t9\n\tfiller2[i] (orig):\t110\n"
+              "\tfiller3[i] (mod ):\t5\n\tfiller3[i] (orig):\t0\n\tfiller4 (mod ):\t'XELL'\n\tfiller4 (orig):\t'VELL'\n"
               "\tfiller5[1] (mod ):\t126\n\tfiller5[1] (orig):\t66\n");
 }
 
 TEST(OS2, OlderLayoutDumpRepeatsTheVendorAsEveryRangeFillerAndReadsZerosPastTheEnd) {
-    const std::string older = "\t\t!= size of Version 0, 1 or 2 OS/2 table\n\tVersion:\t0\n\tfiller:\t1100\n"
-                              "\tusWeightClass:\t400\n\tusWidthClass:\t5\n\tfiller:\t0\n\tfiller:\t100\n\tfiller:\t101\n"
-                              "\tfiller:\t102\n\tfiller:\t103\n\tfiller:\t104\n\tfiller:\t105\n\tfiller:\t106\n"
-                              "\tfiller:\t107\n\tfiller:\t108\n\tfiller:\t109\n\tfiller:\t110\n\tPANOSE bFamilyType:\t2\n";
-    // 'VELL' read as a number is 0x56454C4C.
-    EXPECT_EQ(DumpOS2(MakeOS2(68)),
-              "\tTable size:\t68\n" + older +
-                  "\tfiller:\t1447382092\n\tfiller:\t1447382092\n\tfiller:\t1447382092\n\tfiller:\t1447382092\n"
-                  "\tfiller:\t'VELL'\n\tfsSelection:\t64\n\tfiller:\t32\n\tfiller:\t66\n");
-    // 40 bytes end right after the PANOSE byte.
-    EXPECT_EQ(DumpOS2(MakeOS2(40)), "\tTable size:\t40\n" + older +
-                                        "\tfiller:\t0\n\tfiller:\t0\n\tfiller:\t0\n\tfiller:\t0\n\tfiller:\t''\n"
-                                        "\tfsSelection:\t0\n\tfiller:\t0\n\tfiller:\t0\n");
+    // 'VELL' read as a number is 0x56454C4C; 62 bytes end right after it.
+    EXPECT_EQ(OS2(MakeOS2(62)),
+              "\tTable size:\t62\n\t\t!= size of Version 0, 1 or 2 OS/2 table\n\tVersion:\t0\n\tfiller:\t1100\n"
+              "\tusWeightClass:\t400\n\tusWidthClass:\t5\n\tfiller:\t0\n\tfiller:\t100\n\tfiller:\t101\n"
+              "\tfiller:\t102\n\tfiller:\t103\n\tfiller:\t104\n\tfiller:\t105\n\tfiller:\t106\n\tfiller:\t107\n"
+              "\tfiller:\t108\n\tfiller:\t109\n\tfiller:\t110\n\tPANOSE bFamilyType:\t2\n\tfiller:\t1447382092\n"
+              "\tfiller:\t1447382092\n\tfiller:\t1447382092\n\tfiller:\t1447382092\n\tfiller:\t'VELL'\n"
+              "\tfsSelection:\t0\n\tfiller:\t0\n\tfiller:\t0\n");
 }
 
 }  // namespace

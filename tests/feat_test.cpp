@@ -56,13 +56,10 @@ TEST(Feat, AFeatureIsComparedWithEveryOriginalRecordOfItsTypeAndDeletedByTypeAlo
     EXPECT_NE(report.find("Changed feature:\t3\n"), report.rfind("Changed feature:\t3\n"));  // reported twice
 }
 
-TEST(Feat, TruncatedAndHostileTablesStayBounded) {
+TEST(Feat, HostileSettingCountsStayBounded) {
     auto sizes = [](const Bytes& modified, const Bytes& original) {
         return Deltas(modified, original).size() + DumpContents<TFEATTableDumper>(modified).size();
     };
-    Bytes feat = Feat(kFeatures);
-    for (size_t length = 0; length < feat.size(); ++length)
-        EXPECT_LT(sizes(Bytes(feat.begin(), feat.begin() + length), feat), 4000u);
     // 340 records of one type, each claiming 65535 settings at offset 0, unlike every record of the other table.
     auto hostile = [](uint8_t flags) {
         Bytes table = TableWriter().U32(0x00010000).U16(0xFFFF).U16(0).U32(0);

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <random>
 
 #include "VellCmpErrors.h"
 #include "VellDumpFonts.h"
@@ -120,22 +119,6 @@ TEST(Glyf, DumperListsEachContourAfterTheLastPointOfOneAndTheStoredFlagByteAtEac
     EXPECT_THAT(dump, HasSubstr("Glyph ID:\t0\n\tNo glyph data\nGlyph ID:\t1\n\t# contours:\t2\n"));
     EXPECT_THAT(dump, HasSubstr("\t\t\t\tFlags:\t0x0B\n\t\t\t\tPoint:\t( 0.000000, 1.000000 )\n\t\tContour:\t1\n"
                                 "\t\t\tPoint index:\t2\n\t\t\t\tIs on curve:\tFALSE\n\t\t\t\tFlags:\t0x02\n"));
-}
-
-TEST(Glyf, DamagedOutlinesEndInAnErrorOrABoundedReport) {
-    std::mt19937 random(6301);
-    FontTables original = GlyphFont({{}, kSide, Composite().U16(0x0041).U16(1).U16(7).U16(9).U16(0x20)});
-    for (int round = 0; round < 200; ++round) {
-        FontTables modified = original;
-        Bytes& bytes = modified[round % 3 == 0 ? "loca" : "glyf"];
-        if (round % 2 == 0) bytes.resize(random() % bytes.size());
-        for (uint8_t& byte : bytes) byte = random() % 6 == 0 ? static_cast<uint8_t>(random()) : byte;
-        try {
-            EXPECT_LT(CompareDeltas(modified, original, "glyf").size() + Velldump(modified, "glyf").size(), 1u << 20);
-        } catch (const TVellCmpVellException& error) {
-            EXPECT_EQ(error.GetCode(), kVellBadTableErr) << round;
-        }
-    }
 }
 
 // The registry makes no 'loca' comparator: one made as it would be.

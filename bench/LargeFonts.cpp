@@ -12,7 +12,7 @@ FontTables Build(bool modified) {
     Bytes outlines(kOutlineBytes);
     for (size_t i = 0; i < outlines.size(); ++i) outlines[i] = static_cast<uint8_t>(i * 2654435761u >> 24);
     if (modified) outlines[outlines.size() / 2] ^= 0x5A;
-    font["glyf"] = outlines;
+    font["CFF "] = outlines;
     font["maxp"] = MakeMaxp(kGlyphs);
     font["hhea"] = MakeHhea(kGlyphs);
     std::vector<std::pair<uint16_t, int16_t>> metrics;

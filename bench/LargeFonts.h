@@ -4,9 +4,9 @@
 
 #include "support/FontBuilder.h"
 
-// A font with a 20 MB table of outline-like bytes ('glyf' has no handler here,
-// so a change in it is printed as a hex difference), 65535 glyphs with metrics
-// and names.
+// A font with a 20 MB table of outline-like bytes under 'CFF ', which has no
+// handler, so a change in it is printed as a hex difference; and 65535 glyphs with
+// metrics and names.
 FontTables LargeFont();
 
 // The same font as built by a later release: one byte of the large table, every

@@ -59,7 +59,7 @@ void BM_DiffIdenticalLargeFonts(benchmark::State& state) {
 BENCHMARK(BM_DiffIdenticalLargeFonts)->Unit(benchmark::kMillisecond);
 
 void BM_HexDifferenceOf20MB(benchmark::State& state) {
-    RunComparator(state, "glyf");
+    RunComparator(state, "CFF ");
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * (20 << 20));
 }
 BENCHMARK(BM_HexDifferenceOf20MB)->Unit(benchmark::kMillisecond);

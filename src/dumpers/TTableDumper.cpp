@@ -501,18 +501,6 @@ void TTableDumper::DumpFieldRows(int indent, std::span<const FieldRow> rows, Vel
 
 uint32_t TTableDumper::GetTableSize() const { return fTable ? static_cast<uint32_t>(fTable->bytes.size()) : 0; }
 
-void TTableDumper::LockHandle(const VellHandle& handle) {
-    ErrorRecord record;
-    VelmHLock(handle, &record);
-    ThrowIfVellError(record);
-}
-
-void TTableDumper::UnlockHandle(const VellHandle& handle) {
-    ErrorRecord record;
-    VelmHUnlock(handle, &record);
-    ThrowIfVellError(record);
-}
-
 uint32_t TTableDumper::GetHandleSize(const VellHandle& handle) {
     ErrorRecord record;
     uint32_t size = VelmGetHandleSize(handle, &record);
@@ -520,14 +508,3 @@ uint32_t TTableDumper::GetHandleSize(const VellHandle& handle) {
     return size;
 }
 
-void TTableDumper::DisposeHandle(VellHandle& handle) {
-    ErrorRecord record;
-    VelmDisposeHandle(handle, &record);
-    ThrowIfVellError(record);
-}
-
-void TTableDumper::CopyHandle(VellHandle& handle) {
-    ErrorRecord record;
-    handle = VelmHandToHand(handle, &record);
-    ThrowIfVellError(record);
-}

@@ -86,15 +86,7 @@ public:
     // The font's context, for handlers built in the handler form; null otherwise.
     TFontContext* GetContext() const { return fContext; }
     virtual int GetHandlerKind() const { return 0; }
-
-    // Classic block operations, kept for the interface; blocks never move here.
-    void LockHandleHigh(const VellHandle& handle) { LockHandle(handle); }
-    void MoveHandleHigh(const VellHandle&) {}
-    void LockHandle(const VellHandle& handle);
-    void UnlockHandle(const VellHandle& handle);
     uint32_t GetHandleSize(const VellHandle& handle);
-    void DisposeHandle(VellHandle& handle);
-    void CopyHandle(VellHandle& handle);
 
 protected:
     // Writes bytes with no "%%" folding: pieces of the hex listings, which the

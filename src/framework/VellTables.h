@@ -26,10 +26,6 @@ void VellFindFontTableParts(VellFontRef font, VellTag tag, uint32_t offset, uint
 VellHandle VellGetFontTableHandle(VellFontRef font, VellTag tag, uint32_t* size,
                                   ErrorRecord* record);
 
-// A block holding the first *size bytes of the table (fewer when the table is
-// shorter; *size is updated), or null, with no error, when the font has none.
-VellHandle VellGetFontTablePtr(VellFontRef font, VellTag tag, uint32_t* size, ErrorRecord* record);
-
 // The font's glyph count: numGlyphs of 'maxp' (unsigned 16-bit), or 0 without
 // 'maxp'. A 'maxp' whose entry runs past the end of the file is an error.
 uint32_t VellCountFontGlyphs(VellFontRef font, ErrorRecord* record);

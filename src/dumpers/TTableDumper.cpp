@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cmath>
 #include <cstring>
 #include <exception>
 
@@ -88,6 +89,22 @@ void AppendFixed(std::string& out, int32_t value) {
     at = FormatDigits(at, whole, 1);
     if (value < 0) *--at = '-';
     out.append(at, end);
+}
+
+void AppendShortFixed(std::string& out, int32_t value) {
+    int64_t scale = 1;
+    int64_t scaled = 0;
+    int decimals = 0;
+    for (; decimals < 5; ++decimals, scale *= 10) {
+        scaled = std::llround(static_cast<double>(value) * static_cast<double>(scale) / 65536.0);
+        if (std::llround(static_cast<double>(scaled) * 65536.0 / static_cast<double>(scale)) == value) break;
+    }
+    if (decimals == 5) scaled = std::llround(static_cast<double>(value) * static_cast<double>(scale) / 65536.0);
+    uint64_t magnitude = scaled < 0 ? uint64_t{0} - static_cast<uint64_t>(scaled) : static_cast<uint64_t>(scaled);
+    if (scaled < 0) out.push_back('-');
+    AppendDecimal(out, static_cast<int64_t>(magnitude / static_cast<uint64_t>(scale)));
+    out.push_back('.');
+    AppendDecimal(out, static_cast<int64_t>(magnitude % static_cast<uint64_t>(scale)), std::max(decimals, 1));
 }
 
 void AppendPoint(std::string& out, int32_t x, int32_t y) {
@@ -305,6 +322,13 @@ void TTableDumper::PrintVersionField(int indent, std::string_view label, uint32_
     EndLine(true);
 }
 
+void TTableDumper::PrintFixedField(int indent, std::string_view label, int32_t value) {
+    BeginLine(indent);
+    AppendLabel(label);
+    AppendShortFixed(fLine, value);
+    EndLine(true);
+}
+
 void TTableDumper::PrintTagField(int indent, std::string_view label, VellTag tag) {
     BeginLine(indent);
     AppendLabel(label);
@@ -312,6 +336,19 @@ void TTableDumper::PrintTagField(int indent, std::string_view label, VellTag tag
     AppendText(VellTagText(tag));
     fLine.push_back('\'');
     EndLine(true);
+}
+
+std::string TTableDumper::GlyphText(uint32_t glyph) {
+    std::string text;
+    AppendDecimal(text, glyph);
+    if (!gShowPostScriptNames) return text;
+    std::string name;
+    GetGlyphName(glyph, name);
+    return text + " (" + name + ")";
+}
+
+void TTableDumper::PrintGlyphValue(int indent, std::string_view label, uint32_t glyph) {
+    PrintStringField(indent, label, GlyphText(glyph));
 }
 
 void TTableDumper::PrintGlyphField(int indent, const char* label, uint32_t glyph, bool unicode,
@@ -474,6 +511,7 @@ void TTableDumper::PrintFieldRow(int indent, const FieldRow& row, std::string_vi
     uint32_t at = row.offset;
     switch (row.kind) {
         case FieldKind::Version: PrintVersionField(indent, label, table.u32(at)); break;
+        case FieldKind::Fixed: PrintFixedField(indent, label, table.s32(at)); break;
         case FieldKind::Int32: PrintInt32Field(indent, label, table.s32(at), false, true); break;
         case FieldKind::Int32Hex: PrintInt32Field(indent, label, table.s32(at), true, true); break;
         case FieldKind::UInt16: PrintUInt16Field(indent, label, table.u16(at), false); break;

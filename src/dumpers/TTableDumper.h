@@ -51,8 +51,13 @@ public:
     void PrintStringField(int indent, std::string_view label, std::string_view text);
     void PrintPascalStringField(int indent, std::string_view label, VellView pascalString);
     void PrintVersionField(int indent, std::string_view label, uint32_t version);
+    void PrintFixedField(int indent, std::string_view label, int32_t value);
     void PrintTagField(int indent, std::string_view label, VellTag tag);
     void PrintGlyphField(int indent, const char* label, uint32_t glyph, bool unicode, bool lineEnd);
+    // A glyph as the newer accounts show it: its number, or "36 (A)" with -p.
+    std::string GlyphText(uint32_t glyph);
+    // "<label>:\t" and GlyphText, ending the line.
+    void PrintGlyphValue(int indent, std::string_view label, uint32_t glyph);
     void PrintInt32Field(int indent, std::string_view label, int32_t value, bool hex, bool lineEnd);
     void PrintUInt32Field(int indent, std::string_view label, uint32_t value, bool hex);
     void PrintUInt16Field(int indent, std::string_view label, uint16_t value, bool hex);
@@ -146,6 +151,9 @@ std::string PostScriptGlyphName(const VellHandle& post, uint32_t glyphCount, uin
 void AppendDecimal(std::string& out, int64_t value, int minDigits = 1);
 void AppendHex(std::string& out, uint32_t value, int minDigits);
 void AppendFixed(std::string& out, int32_t value);
+// A 16.16 value as the shortest decimal that reads back as the same value: 1.07,
+// -12.5, 1.0 (font tools write 16.16 values the same way).
+void AppendShortFixed(std::string& out, int32_t value);
 // "( x, y )" of two 16.16 values.
 void AppendPoint(std::string& out, int32_t x, int32_t y);
 

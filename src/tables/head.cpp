@@ -37,7 +37,16 @@ constexpr FieldRow kHeadRows[] = {
     {52, FieldKind::Int16, "Glyph data format"},
 };
 
+// The dump shows the two 16.16 values as the decimals they are.
+constexpr auto kHeadDumpRows = RevisedRows<std::size(kHeadRows)>(
+    kHeadRows, {{0, FieldKind::Fixed, "Version"}, {4, FieldKind::Fixed, "Font revision"}});
+
 }  // namespace
+
+int32_t THEADTableDumper::DumpTableContents() {
+    DumpFieldRows(1, kHeadDumpRows, GetTableView());
+    return 0;
+}
 
 int32_t THEADTableComparator::DumpTableDeltas() {
     if (!HasBothTables()) return 1;

@@ -13,14 +13,6 @@ namespace {
 using ::testing::HasSubstr;
 using Values = std::vector<uint16_t>;
 
-// A 'prop' whose format says whether the lookup (given in 16-bit words) is used.
-Bytes MakeProp(uint16_t format, uint16_t defaultProperty, const Values& lookup = {}) {
-    TableWriter prop;
-    prop.U32(0x00020000).U16(format).U16(defaultProperty);
-    for (uint16_t word : lookup) prop.U16(word);
-    return prop;
-}
-
 // A binary-search lookup and whatever follows its units; units of size 0 claim 65535.
 Values BinarySearch(uint16_t format, uint16_t unitSize, Values units) {
     units.insert(units.begin(), {format, unitSize, uint16_t(unitSize ? units.size() * 2 / unitSize : 0xFFFF), 0, 0, 0});

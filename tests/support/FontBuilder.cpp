@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -23,6 +24,10 @@ TableWriter& TableWriter::Tag(const char* tag) { return Text(std::string(tag, 4)
 TableWriter& TableWriter::Zeros(size_t count) { return Text(std::string(count, '\0')); }
 TableWriter& TableWriter::Text(const std::string& text) {
     fBytes.insert(fBytes.end(), text.begin(), text.end());
+    return *this;
+}
+TableWriter& TableWriter::Append(const Bytes& bytes) {
+    fBytes.insert(fBytes.end(), bytes.begin(), bytes.end());
     return *this;
 }
 
@@ -201,6 +206,137 @@ FontTables SampleFont(const std::string& fullName, const std::string& version) {
     std::string postScriptName = fullName;
     std::erase(postScriptName, ' ');
     font["name"] = MakeName({{1, "Sample"}, {2, "Regular"}, {4, fullName}, {5, version}, {6, postScriptName}});
+    return font;
+}
+
+FontTables GlyphFont(const std::vector<Bytes>& glyphs, bool longLoca) {
+    FontTables font = SampleFont();
+    font["maxp"] = MakeMaxp(static_cast<uint16_t>(glyphs.size()));
+    SetU16(font["head"], 50, longLoca);
+    TableWriter glyf, loca;
+    auto offset = [&] { longLoca ? loca.U32(glyf.bytes().size()) : loca.U16(glyf.bytes().size() / 2); };
+    for (const Bytes& glyph : glyphs) {
+        offset();
+        glyf.Append(glyph);
+        if (!longLoca && glyph.size() % 2 != 0) glyf.U8(0);
+    }
+    offset();
+    font["glyf"] = glyf, font["loca"] = loca;
+    return font;
+}
+
+// ---- Tables of the other handled kinds ----
+
+Bytes MakeEbsc(uint32_t count, size_t records) {
+    Bytes table = TableWriter().U32(0x00020000).U32(count);
+    for (size_t record = 0; record < records; ++record)
+        for (uint8_t at = 0; at < 28; ++at) table.push_back(0xE4 + at);
+    return table;
+}
+
+Bytes MakeBloc(const std::vector<Strike>& strikes) {
+    TableWriter records, arrays;
+    records.U32(0x00020000).U32(static_cast<uint32_t>(strikes.size()));
+    for (const Strike& s : strikes) {
+        records.U32(static_cast<uint32_t>(8 + 48 * strikes.size() + arrays.bytes().size())).U32(0).U32(1).Zeros(32);
+        records.U8(s.ppem).U8(s.ppem).U8(1).U8(0);
+        arrays.U16(s.first).U16(s.last).U32(8).U16(s.indexFormat).U16(s.imageFormat).U32(s.imageData);
+        for (uint32_t word : s.body) arrays.U32(word);
+    }
+    return records.Append(arrays);
+}
+
+Bytes MakeFeat(const std::vector<Feature>& features) {
+    TableWriter records, settings;
+    records.U32(0x00010000).U16(static_cast<uint32_t>(features.size())).U16(0).U32(0);
+    for (const Feature& f : features) {
+        uint32_t at = static_cast<uint32_t>(12 + 12 * features.size() + settings.bytes().size());
+        records.U16(f.type).U16(static_cast<uint32_t>(f.settings.size())).U32(at).U16(f.flags).U16(f.name);
+        for (auto [setting, name] : f.settings) settings.U16(setting).U16(name);
+    }
+    return records.Append(settings);
+}
+
+Bytes MakeGvar(uint16_t flags, const std::vector<uint16_t>& words, uint16_t glyphs) {
+    TableWriter gvar;
+    gvar.U32(0x00010000).U16(1).U16(0).U32(0x30).U16(glyphs).U16(flags).U32(0x40);
+    for (uint16_t word : words) gvar.U16(word);
+    return gvar;
+}
+
+Bytes MakeHdmx(const std::vector<DeviceRecord>& records, uint16_t version, uint32_t size) {
+    TableWriter hdmx;
+    hdmx.U16(version).U16(static_cast<uint32_t>(records.size())).U32(size);
+    for (DeviceRecord record : records) {
+        record.resize(size);
+        hdmx.Append(record);
+    }
+    return hdmx;
+}
+
+namespace {
+
+// The fields in 16 bits in 'mort' and in 32 in 'morx' (counts, subtable lengths and coverage), then `rest`.
+Bytes Wide(MetamorphosisFormat format, std::initializer_list<size_t> fields, const Bytes& rest = {}) {
+    TableWriter writer;
+    for (size_t field : fields) (format == kMort ? writer.U16(field) : writer.U32(field));
+    return writer.Append(rest);
+}
+
+}  // namespace
+
+Bytes MakeMetamorphosis(MetamorphosisFormat f) {
+    auto subtable = [f](uint32_t coverage, const Bytes& body) {
+        return Wide(f, {body.size() + (f == kMort ? 8 : 12), coverage}, TableWriter().U32(1).Append(body));
+    };
+    // Feature entries are (type, setting, enable, disable) each.
+    auto chain = [f](uint32_t flags, std::vector<std::array<uint32_t, 4>> entries, std::vector<Bytes> subtables) {
+        TableWriter rest;
+        for (auto [type, setting, enable, disable] : entries) rest.U16(type).U16(setting).U32(enable).U32(disable);
+        for (const Bytes& subtable : subtables) rest.Append(subtable);
+        uint32_t length = static_cast<uint32_t>(rest.bytes().size()) + (f == kMort ? 12 : 16);
+        return Bytes(TableWriter().U32(flags).U32(length).Append(Wide(f, {entries.size(), subtables.size()}, rest)));
+    };
+    // The state table header, the class table (a lookup in 'morx'), the state array and one entry.
+    Bytes ligature = Wide(kMort, {5, 14, 22, 32, 0, 0, 0, 3, 3, 0x0404, 0x0100, 0, 0, 0x0100, 0, 0x0201, 0, 0});
+    if (f == kMorx)
+        ligature = Wide(kMorx, {5, 28, 52, 72, 78, 78, 78}, Wide(kMort, {2, 6, 2, 12, 1, 0, 5, 3, 4, 0xFFFF, 0xFFFF, 0,
+                                                                     0, 0, 0, 0, 1, 0, 0, 0, 2, 1, 0, 0, 0}));
+    return TableWriter().U32(f == kMort ? 0x00010000 : 0x00020000).U32(2)
+        .Append(chain(3, {{1, 0, 1, 1}}, {subtable(1, Bytes(8, 0))}))
+        .Append(chain(1, {{2, 0, 2, 2}, {3, 1, 4, 4}}, {subtable(1, Bytes(4, 7)), subtable(0x2002, ligature)}));
+}
+
+Bytes MakeProp(uint16_t format, uint16_t defaultProperty, const std::vector<uint16_t>& lookup) {
+    TableWriter prop;
+    prop.U32(0x00020000).U16(format).U16(defaultProperty);
+    for (uint16_t word : lookup) prop.U16(word);
+    return prop;
+}
+
+FontTables EveryTableFont() {
+    // Glyph A: one contour, (10, 20) (30, 40) on the curve, with PUSHB[1] 5 and SRP0.
+    const Bytes side = {0, 1, 0, 10, 0, 20, 0, 30, 0, 40, 0, 1, 0, 3, 0xB0, 5, 0x10, 1, 1, 0, 10, 0, 20, 0, 20, 0, 20};
+    FontTables font = GlyphFont({{}, {}, side, {}});
+    font["EBSC"] = MakeEbsc(2, 2);
+    font["bdat"] = TableWriter().U32(0x00020000).Append(Bytes(300, 1));
+    font["bhed"] = MakeHead();
+    font["bloc"] = MakeBloc({{12, 1, 1, 1, 1, 4, {0, 300}}});  // glyph 1's 300 bytes
+    // Codes 'A' and 'B' in a Macintosh format 6 subtable.
+    font["cmap"] = TableWriter().U16(0).U16(1).U16(1).U16(0).U32(12).U16(6).U16(14).U16(0).U16('A').U16(2)
+        .U16(2).U16(3);
+    font["cvt "] = TableWriter().U16(1).U16(0xFFF4).U16(300);
+    font["feat"] = MakeFeat({{1, 0x8000, 1, {{0, 2}, {2, 4}}}, {3, 0xC000, 2, {{0, 1}}}, {3, 0x4000, 2, {{0, 1}}}});
+    font["gvar"] = MakeGvar(0, {0xAAAA, 0xBBBB, 1, 2, 3, 0x8002, 0x0C, 8, 0x8001, 0, 0, 6, 0x2003});
+    font["hdmx"] = MakeHdmx({{12, 9, 6, 3, 9, 9}, {16, 12, 8, 4, 12, 12}});
+    font["hsty"] = TableWriter().U32(0x00010000).U16(0).U16(40).U16(20).Zeros(12);
+    font["kern"] = TableWriter().U32(0xFFFFFFF0).Append(Bytes(20, 3));
+    font["mort"] = MakeMetamorphosis(kMort);
+    font["morx"] = MakeMetamorphosis(kMorx);
+    font["prop"] = MakeProp(1, 0, {0, 1, 1, 1, 2, 0x0101});
+    font["vhea"] = MakeHhea(2);
+    font["vmtx"] = MakeHmtx({{1000, 10}, {1000, 20}}, {30, 40});
+    std::ranges::sort(font.tables);
     return font;
 }
 

@@ -199,6 +199,7 @@ TEST(Instructions, MnemonicsFlagBitsAndPushesOfOneInstructionUpToTheGivenLength)
     const std::tuple<Bytes, std::string, uint32_t> cases[] = {
         {{0x00}, "SVTCA[0]", 1}, {{0x10}, "SRP0[]", 1}, {{0x69}, "ROUND[01]", 1}, {{0xED}, "MIRP[01101]", 1},
         {{0x87}, "SDPVTL[1]", 1}, {{0x91}, "GETVARIATION[]", 1}, {{0x28}, "Unknown opcode 0x28", 1},
+        {{0xC0, 0x10}, "MDRP[00000]", 1},  // the first opcode past PUSHW[8]
         {{0xB1, 12, 34, 0x10}, "PUSHB[2] 12 34", 3}, {{0xB9, 0xFF, 0xFE, 0x01, 0x00}, "PUSHW[2] -2 256", 5},
         {{0x40, 2, 7, 255}, "NPUSHB[2] 7 255", 4}, {{0x41, 1, 0x80, 0x00}, "NPUSHW[1] -32768", 4},
         // Pushes cut short take the rest; half a word is no value.

@@ -49,15 +49,25 @@ TEST(Morx, FeatureEntriesAreReportedUnderTheChainIndexWithTheModifiedValueTwice)
     }
 }
 
-TEST(Mort, DumperShowsTheLigatureStateTable) {
-    std::string dump = DumpContents<TMORTTableDumper>(kMortSample);
-    EXPECT_EQ(dump.substr(dump.find("\t\t\t\tState table header:\n")),
-              "\t\t\t\tState table header:\n\t\t\t\t\tNumber of classes:\t5\n\t\t\t\t\tOffset to class table:\t0x000E\n"
-              "\t\t\t\t\tOffset to state array table:\t0x0016\n\t\t\t\t\tOffset to entry table:\t0x0020\n"
-              "\t\t\t\t\tClass table:\n\t\t\t\t\t\tFirst glyph:\t3\n\t\t\t\t\t\tNumber of glyph:\t3\n"
-              "\t\t\t\t\t\t3:\t4\n\t\t\t\t\t\t4:\t4\n\t\t\t\t\t\t5:\t1\n\t\t\t\t\tState table:\n"
-              "\t\t\t\t\t\tState count:\t2\n\t\t\t\t\t\t\t0\t1\t2\t3\t4\n\t\t\t\t\t\ts0\t0\t0\t0\t0\t1\n"
-              "\t\t\t\t\t\ts1\t0\t0\t0\t2\t1\n");
+TEST(MortMorx, DumperShowsTheLigatureStateTable) {
+    // 'mort' lists its class array; 'morx' lists its class lookup's one segment (last glyph, first glyph, class).
+    const std::pair<std::string, std::string> kCases[] = {
+        {DumpContents<TMORTTableDumper>(kMortSample),
+         "\t\t\t\t\tNumber of classes:\t5\n\t\t\t\t\tOffset to class table:\t0x000E\n"
+         "\t\t\t\t\tOffset to state array table:\t0x0016\n\t\t\t\t\tOffset to entry table:\t0x0020\n"
+         "\t\t\t\t\tClass table:\n\t\t\t\t\t\tFirst glyph:\t3\n\t\t\t\t\t\tNumber of glyph:\t3\n"
+         "\t\t\t\t\t\t3:\t4\n\t\t\t\t\t\t4:\t4\n\t\t\t\t\t\t5:\t1\n"},
+        {DumpContents<TMORXTableDumper>(kMorxSample),
+         "\t\t\t\t\tNumber of classes:\t5\n\t\t\t\t\tOffset to class table:\t0x0000001C\n"
+         "\t\t\t\t\tOffset to state array table:\t0x00000034\n\t\t\t\t\tOffset to entry table:\t0x00000048\n"
+         "\t\t\t\t\tClass table:\n\t\t\t\t\t\tFormat:\t2\n\t\t\t\t\t\tFirst glyph:\t3\n"
+         "\t\t\t\t\t\tLast glyph:\t5\n\t\t\t\t\t\tClass:\t4\n"},
+    };
+    for (const auto& [dump, classes] : kCases)
+        EXPECT_EQ(dump.substr(dump.find("\t\t\t\tState table header:\n")),
+                  "\t\t\t\tState table header:\n" + classes +
+                      "\t\t\t\t\tState table:\n\t\t\t\t\t\tState count:\t2\n\t\t\t\t\t\t\t0\t1\t2\t3\t4\n"
+                      "\t\t\t\t\t\ts0\t0\t0\t0\t0\t1\n\t\t\t\t\t\ts1\t0\t0\t0\t2\t1\n");
 }
 
 // Every handler on every prefix of a sample, and on the sample with a count, length

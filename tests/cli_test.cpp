@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include "support/FontBuilder.h"
 
 namespace {
@@ -21,10 +23,12 @@ const std::string kEmptySections =
     "##### Tables changed\n#####End tables changed\n\n";
 
 std::string Header(const std::string& original, const std::string& modified, std::string name = "Sample Regular",
-                   std::string modifiedVersion = "Version 1.000") {
-    const std::string rule(64, '='), names = ", full name: " + name + ", version: ";
-    return rule + "\nOriginal font: \n  file name: " + original + names + "Version 1.000\nModified font:\n" +
-           "  file name: " + modified + names + modifiedVersion + "\n\n" + rule + "\n\n";
+                   std::string modifiedVersion = "Version 1.000", std::string originalName = "") {
+    const std::string rule(64, '='), version = ", version: ";
+    if (originalName.empty()) originalName = name;
+    return rule + "\nOriginal font: \n  file name: " + original + ", full name: " + originalName + version +
+           "Version 1.000\nModified font:\n  file name: " + modified + ", full name: " + name + version +
+           modifiedVersion + "\n\n" + rule + "\n\n";
 }
 
 std::string Aborting(const std::string& modified, const std::string& original) {
@@ -76,6 +80,106 @@ TEST_F(Cli, OptionsOperandsPairingAndStatuses) {
         RunResult run = RunVellcmp(c.arguments);
         EXPECT_EQ(std::tie(run.out, run.err, run.status), std::tie(c.out, c.err, c.status))
             << ::testing::PrintToString(c.arguments);
+    }
+}
+
+// -o naming a font file by any path leaves both files as they were; any other
+// report file is emptied first, as it always was.
+TEST_F(Cli, AnOutputFileThatIsAFontFileIsRefusedAndLeftUntouched) {
+    const std::string font = ReadFile(a), link = dir.Path("link.ttf"), hard = dir.Path("hard.ttf");
+    ASSERT_EQ(symlink(a.c_str(), link.c_str()), 0);
+    ASSERT_EQ(::link(b.c_str(), hard.c_str()), 0);
+    const struct { bool dump; std::vector<std::string> arguments; std::string output, named; int status; } cases[] = {
+        {false, {"-o", a, a, b}, a, a, 1},
+        {false, {"--exit-code", "-o", b, a, b}, b, b, 2},
+        {false, {"-o", dir.path() + "/./a.ttf", a, b}, dir.path() + "/./a.ttf", a, 1},
+        {false, {"-o", link, a, b}, link, a, 1},
+        {false, {"-o", hard, a, b}, hard, b, 1},
+        {false, {"-o", dir.Path("report"), "-o", a, b, a}, a, a, 1},  // an earlier -o counts too
+        {true, {"-o", a, a}, a, a, 1},
+        {true, {"-o", link, a, "head"}, link, a, 1},
+    };
+    for (const auto& c : cases) {
+        RunResult run = c.dump ? RunVelldump(c.arguments) : RunVellcmp(c.arguments);
+        const std::string err =
+            "##### ERROR:  The output file \"" + c.output + "\" is the font file \"" + c.named + "\"; it is left untouched\n";
+        EXPECT_EQ(std::tie(run.out, run.err, run.status), std::tie("", err, c.status)) << ::testing::PrintToString(c.arguments);
+        EXPECT_TRUE(ReadFile(a) == font && ReadFile(b) == font) << ::testing::PrintToString(c.arguments);
+    }
+    std::string report = dir.Write("report", Bytes(4096, 'x'));
+    EXPECT_EQ(RunVellcmp({"-o", report, a, b}).status, 0);
+    EXPECT_EQ(ReadFile(report), Header(a, b) + kEmptySections);
+}
+
+// --pair=index pairs a renamed family font by font; the fonts left over on either
+// side are warned of and make a difference.
+TEST_F(Cli, PairByIndexComparesFontsWhateverTheirNames) {
+    const std::vector<FontTables> renamed = {SampleFont("New A"), SampleFont("New B"), SampleFont("Extra")},
+                                  old = {SampleFont("Old A"), SampleFont("Old Family B")};
+    std::string n = dir.Write("new.ttc", BuildCollection(renamed)), o = dir.Write("old.ttc", BuildCollection(old));
+    // Only 'name' differs between the fonts of one index.
+    auto summary = [&](const std::string& original, const std::string& modified, const FontTables& originalFont,
+                       const FontTables& modifiedFont, const std::string& originalName, const std::string& modifiedName) {
+        return Header(original, modified, modifiedName, "Version 1.000", originalName) +
+               kEmptySections.substr(0, kEmptySections.find("#####End tables changed")) + "\t'name' " +
+               std::to_string(FontTables(modifiedFont)["name"].size()) + " bytes (" +
+               std::to_string(FontTables(originalFont)["name"].size()) + " bytes in the original font)\n" +
+               "#####End tables changed\n\n";
+    };
+    const std::string extra = "##### WARNING! Could not find match for font Extra!\n";
+    const struct { std::vector<std::string> arguments; std::string out, err; int status; } cases[] = {
+        {{"--pair=index", o, n},
+         summary(o, n, old[0], renamed[0], "Old A", "New A") + summary(o, n, old[1], renamed[1], "Old Family B", "New B"),
+         extra, 0},
+        {{"--exit-code", "--pair=index", n, o},
+         summary(n, o, renamed[0], old[0], "New A", "Old A") + summary(n, o, renamed[1], old[1], "New B", "Old Family B"),
+         extra, 1},
+        {{"--pair=name", o, n}, "",
+         "##### WARNING! Could not find match for font New A!\n##### WARNING! Could not find match for font New B!\n" +
+             extra, 0},
+        {{"--pair=index", "-f", "Extra", n, n}, kEmptySections, "", 0},  // -f chooses the pair
+    };
+    for (auto [arguments, out, err, status] : cases) {
+        arguments.insert(arguments.end() - 2, "--summary");
+        RunResult run = RunVellcmp(arguments);
+        EXPECT_EQ(std::tie(run.out, run.err, run.status), std::tie(out, err, status)) << ::testing::PrintToString(arguments);
+    }
+}
+
+// 65,535 'name' records, all but the first 5,462 Macintosh names whose string is
+// the first 64 KB of records (bytes of 'A', no NUL): printed whole, every copy
+// would make gigabytes. Each account stops at 64 times its tables' size, and the
+// report goes on with 'post', which differs too.
+TEST_F(Cli, AHostileNameTableIsCutAtItsBudgetAndTheReportGoesOn) {
+    constexpr uint32_t kRecords = 65535, kFillerRecords = 5462;
+    TableWriter name;
+    name.U16(0).U16(kRecords).U16(6).Text(std::string(12 * kFillerRecords, 'A'));
+    for (uint32_t i = kFillerRecords; i < kRecords; ++i) name.U16(1).U16(0).U16(0).U16(i % 20).U16(0xFFFF).U16(0);
+    FontTables hostile = SampleFont();
+    hostile["name"] = name;
+    hostile.Remove("post");
+    hostile["post"] = MakePost({".notdef", "space", "A", "C"});
+    std::string h = dir.Write("hostile.ttf", BuildSfnt(hostile));
+    const size_t nameBytes = name.bytes().size(), sampleNameBytes = SampleFont()["name"].size();
+    const std::string why = " bytes: an account prints at most 64 times the size of the tables it shows, or 16 MB "
+                            "when that is more (a damaged table?)\n\n#####\n End table";
+    const std::string compared = " comparison\n\n\n\n#####\n End table\n\n\n";
+    const struct { RunResult run; size_t budget; std::string footer; } runs[] = {
+        {RunVelldump({h}), 64 * nameBytes, "\n\n\n##### Table 'post'"},
+        {RunVellcmp({"--pair=index", a, h}), 64 * (nameBytes + sampleNameBytes), compared + "\n\t'post'\n##### Table"},
+        // The modified font's directory orders the accounts: here 'name' is the last.
+        {RunVellcmp({"--pair=index", h, a}), 64 * (nameBytes + sampleNameBytes), compared + "#####End tables changed"},
+    };
+    for (const auto& [run, budget, footer] : runs) {
+        EXPECT_EQ(run.err, "");
+        EXPECT_EQ(run.status, 0);
+        size_t account = run.out.find("##### Table 'name'"), cut = run.out.find("##### The account of 'name'");
+        ASSERT_NE(cut, std::string::npos);
+        const std::string ending = "##### The account of 'name' was cut at " + std::to_string(cut - account) + why + footer;
+        EXPECT_EQ(run.out.substr(cut, ending.size()), ending);
+        size_t accountBytes = run.out.find("\n End table\n\n\n", cut) + 14 - account;
+        EXPECT_LE(accountBytes, budget);
+        EXPECT_GT(accountBytes, budget - 65536);  // cut at the budget, not before
     }
 }
 

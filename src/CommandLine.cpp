@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "VellCmpErrors.h"
+#include "dumpers/TTableDumper.h"
 
 namespace {
 
@@ -194,6 +195,11 @@ void PrintLongOptionUsage(unsigned longOptions) {
         if (longOptions & row.flag) std::printf("%s", row.usage);
     std::printf("Font files may be TrueType or OpenType fonts, collections, resource-fork font files, or WOFF and "
                 "WOFF2 web fonts.\n");
+    std::printf("An -o file that is one of the font files, by any path or link, is refused and left untouched.\n");
+    std::printf("No table's account prints more than %llu times the size of its tables, or %llu MB when that is more: "
+                "a damaged table's account is cut there, with a line saying so.\n",
+                static_cast<unsigned long long>(TTableDumper::kAccountBytesPerTableByte),
+                static_cast<unsigned long long>(TTableDumper::kAccountFloorBytes >> 20));
 }
 
 VellTag TagFromText(std::string_view text) {

@@ -68,32 +68,6 @@ TEST_F(LongOptions, ExitCodeSaysIdenticalDifferentOrFailedAsDiffDoes) {
         EXPECT_EQ(RunVellcmp(arguments).status, status) << ::testing::PrintToString(arguments);
 }
 
-// A mistyped option still lets two files be compared, but under --exit-code it
-// fails the run, as a CI job must notice.
-TEST_F(LongOptions, ExitCodeFailsAMistakeEvenWhenTheFontsAreCompared) {
-    const std::string unwritable = dir.Path("no/such/dir/report"), identical = RunVellcmp({o, o}).out;
-    const std::pair<std::string, std::string> cases[] = {
-        {"-x", VELLCMP_BINARY ": invalid option -- 'x'\n#### ERROR:  Unknown option: ?\n"},
-        {"--tables=head,glyph", "#### ERROR:  Invalid table tag \"glyph\"\n"},
-        {"--exclude-tables=", "#### ERROR:  Invalid table tag \"\"\n"},
-        {"--color=rainbow", "#### ERROR:  Invalid colour \"rainbow\": use never, always or auto\n"},
-        {"--pair=size", "#### ERROR:  Invalid pairing \"size\": use name or index\n"},
-        {"-o" + unwritable, "#### ERROR:  Cannot open output file \"" + unwritable + "\"\n"},
-    };
-    for (const auto& [option, err] : cases) {
-        for (bool exitCode : {false, true}) {
-            std::vector<std::string> arguments = {option, o, o};
-            if (exitCode) arguments.insert(arguments.begin(), "--exit-code");
-            RunResult run = RunVellcmp(arguments);
-            EXPECT_EQ(std::tie(run.out, run.err, run.status), std::make_tuple(identical, err, exitCode ? 2 : 0)) << option;
-        }
-    }
-    // A --tables tag that neither font has is warned of, once, and fails nothing.
-    RunResult run = RunVellcmp({"--exit-code", "--tables=GSUB,cvt,GSUB", o, m});
-    EXPECT_EQ(std::tie(run.out, run.err, run.status),
-              std::make_tuple(WithoutAccount(plain, "head"), "##### WARNING! --tables names 'GSUB', which neither font has!\n", 1));
-}
-
 TEST_F(LongOptions, ColorWrapsChangedValuesAndDifferingRowsOnly) {
     std::string colored = RunVellcmp({"--color=always", o, m}).out;
     EXPECT_THAT(colored, HasSubstr("\n\x1b[32m\tFont revision (mod ):\t1.66\x1b[0m\n"

@@ -3,6 +3,7 @@
 // report's line formats live in this class alone.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <span>
@@ -10,6 +11,7 @@
 #include <string_view>
 
 #include "dumpers/FieldRow.h"
+#include "dumpers/TFontContext.h"
 #include "framework/VellFontFile.h"
 #include "framework/VellMemory.h"
 #include "framework/VellView.h"
@@ -17,6 +19,9 @@
 class TTableDumper {
 public:
     TTableDumper(VellHandle table, FILE* out, VellFontRef font);
+    // The handler form: a copy of the font's table with this tag, the tag and the
+    // font set. The context outlives the dumper.
+    TTableDumper(TFontContext& font, VellTag tag, FILE* out);
     virtual ~TTableDumper();
     TTableDumper(const TTableDumper&) = delete;
     TTableDumper& operator=(const TTableDumper&) = delete;
@@ -78,6 +83,8 @@ public:
     VellView GetTableView() const { return VelmView(fTable); }
     VellFontRef GetFont() const { return fFont; }
     void SetFont(VellFontRef font) { fFont = font; }
+    // The font's context, for handlers built in the handler form; null otherwise.
+    TFontContext* GetContext() const { return fContext; }
     virtual int GetHandlerKind() const { return 0; }
 
     // Classic block operations, kept for the interface; blocks never move here.
@@ -113,6 +120,7 @@ private:
     VellHandle fTable;
     FILE* fOutput;
     VellFontRef fFont;
+    TFontContext* fContext = nullptr;
     bool fNoOutput;
     VellTag fTag = 0x20202020;
     std::string fPendingLine;
@@ -126,6 +134,15 @@ inline bool IsUnprintableByte(uint8_t byte) {
     return static_cast<int8_t>(byte) < 32 || byte == 127;
 }
 inline constexpr char kUnprintableMark = static_cast<char>(0xC2);
+
+// The pieces of a hex listing's row, written into a buffer: the offset column
+// ("0x%08lX\t"), then count bytes ("%02X " each) padded with three blanks for each
+// of the row's missing bytes, then "\t|\t" and the character column, whose byte i
+// is shown(i, byte) or the unprintable mark, padded with a blank for each missing
+// byte. Each returns where the next piece goes.
+char* PutHexOffset(char* at, size_t offset);
+template <typename Shown>
+char* PutHexSide(char* at, VellView bytes, size_t offset, size_t count, size_t rowBytes, Shown shown);
 
 // A glyph's PostScript name from a font's own 'post' table: empty without one, or
 // for a glyph at or past the font's glyph count. A framework failure throws.
@@ -142,3 +159,22 @@ void AppendPoint(std::string& out, int32_t x, int32_t y);
 
 // printf into a std::string.
 std::string VellFormat(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+template <typename Shown>
+char* PutHexSide(char* at, VellView bytes, size_t offset, size_t count, size_t rowBytes, Shown shown) {
+    constexpr char kHexDigits[] = "0123456789ABCDEF";
+    for (size_t i = 0; i < count; ++i) {
+        uint8_t byte = bytes.u8(offset + i);
+        *at++ = kHexDigits[byte >> 4];
+        *at++ = kHexDigits[byte & 0xF];
+        *at++ = ' ';
+    }
+    for (size_t i = count; i < rowBytes; ++i) at = std::copy_n("   ", 3, at);
+    at = std::copy_n("\t|\t", 3, at);
+    for (size_t i = 0; i < count; ++i) {
+        uint8_t byte = bytes.u8(offset + i);
+        *at++ = IsUnprintableByte(byte) ? kUnprintableMark : static_cast<char>(shown(i, byte));
+    }
+    for (size_t i = count; i < rowBytes; ++i) *at++ = ' ';
+    return at;
+}

@@ -38,3 +38,7 @@ uint32_t VellCountFontGlyphs(VellFontRef font, ErrorRecord* record);
 // no such table or its entry lies outside the file (which, with a record, is an
 // error as it is for VellGetFontTableHandle).
 VellView VellFontTableView(VellFontRef font, VellTag tag, ErrorRecord* record = nullptr);
+
+// The metrics headers 'hhea' and 'vhea' share one layout: numberOfHMetrics
+// (numOfLongVerMetrics) stands at this offset in both.
+inline constexpr uint32_t kLongMetricCountOffset = 34;

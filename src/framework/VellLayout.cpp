@@ -108,6 +108,7 @@ private:
 // overlapping ranges cannot make it longer than the glyph space.
 std::vector<uint16_t> ReadCoverage(VellView table, size_t offset, Budget* budget) {
     std::vector<uint16_t> glyphs;
+    if (offset == 0) return glyphs;  // a null offset: no Coverage
     VellView coverage = table.sub(offset);
     uint16_t format = coverage.u16(0);
     size_t count = coverage.u16(2);
@@ -131,6 +132,7 @@ std::vector<uint16_t> ReadCoverage(VellView table, size_t offset, Budget* budget
 
 std::vector<std::pair<uint16_t, uint16_t>> ReadClassDef(VellView table, size_t offset, Budget* budget) {
     std::map<uint16_t, uint16_t> classes;
+    if (offset == 0) return {};  // a null offset: every glyph is class 0
     VellView classDef = table.sub(offset);
     uint16_t format = classDef.u16(0);
     if (format == 1) {

@@ -52,7 +52,7 @@ struct VellLayoutAccount {
 // The rules a table may list: 64 per byte of the table, and never fewer than
 // kVellLayoutRuleFloor, so that a small class-based table may still list every pair.
 inline constexpr size_t kVellLayoutRulesPerByte = 64;
-inline constexpr size_t kVellLayoutRuleFloor = size_t{1} << 20;
+inline constexpr size_t kVellLayoutRuleFloor = size_t{1} << 16;
 size_t VellLayoutRuleCap(size_t tableBytes);
 
 // ---- Shared structures ----

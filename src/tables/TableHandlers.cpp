@@ -5,6 +5,9 @@
 
 #include "VellCmpErrors.h"
 #include "tables/EBSC.h"
+#include "tables/GDEF.h"
+#include "tables/GPOS.h"
+#include "tables/GSUB.h"
 #include "tables/OS2.h"
 #include "tables/bdat.h"
 #include "tables/cmap.h"
@@ -17,6 +20,7 @@
 #include "tables/hhea_vhea.h"
 #include "tables/hmtx_vmtx.h"
 #include "tables/hsty.h"
+#include "tables/kern.h"
 #include "tables/loca.h"
 #include "tables/maxp.h"
 #include "tables/mort_morx.h"
@@ -42,6 +46,7 @@ std::unique_ptr<TTableComparator> MakeNoComparator(TFontContext&, TFontContext&,
 constexpr auto kFactory = DumperReach::Factory;
 constexpr auto kVelldump = DumperReach::VelldumpOnly;
 constexpr auto kClassic = HandlerSet::Classic;
+constexpr auto kOpenType = HandlerSet::OpenType;
 
 const TableHandler kTableHandlers[] = {
     {VellMakeTag("EBSC"), kClassic, MakeComparator<TEBSCTableComparator>, MakeDumper<TEBSCTableDumper>, kVelldump},
@@ -68,6 +73,10 @@ const TableHandler kTableHandlers[] = {
     {VellMakeTag("prop"), kClassic, MakeComparator<TPROPTableComparator>, MakeDumper<TPROPTableDumper>, kVelldump},
     {VellMakeTag("vhea"), kClassic, MakeComparator<TVHEATableComparator>, MakeDumper<TVHEATableDumper>, kVelldump},
     {VellMakeTag("vmtx"), kClassic, MakeComparator<TVMTXTableComparator>, MakeDumper<TVMTXTableDumper>, kVelldump},
+    {VellMakeTag("GDEF"), kOpenType, MakeComparator<TGDEFTableComparator>, MakeDumper<TGDEFTableDumper>, kVelldump},
+    {VellMakeTag("GPOS"), kOpenType, MakeComparator<TGPOSTableComparator>, MakeDumper<TGPOSTableDumper>, kVelldump},
+    {VellMakeTag("GSUB"), kOpenType, MakeComparator<TGSUBTableComparator>, MakeDumper<TGSUBTableDumper>, kVelldump},
+    {VellMakeTag("kern"), kOpenType, MakeComparator<TKERNTableComparator>, MakeDumper<TKERNTableDumper>, kVelldump},
 };
 
 // The first row of this tag that has what `has` asks for: an OpenType row under

@@ -77,11 +77,22 @@ def lookup_type(lookup, extension):
     return lookup.LookupType
 
 
+VARIATION_STORE = [None]  # the 'GDEF' item variation store of the font being checked
+
+
 def device_text(device):
     if device is None:
         return None
     if device.DeltaFormat == 0x8000:
-        return "variation %d/%d" % (device.StartSize, device.EndSize)
+        outer, inner = device.StartSize, device.EndSize
+        store = VARIATION_STORE[0]
+        if store is None:
+            return "variation %d/%d" % (outer, inner)
+        deltas = ""
+        if outer < len(store.VarData) and inner < len(store.VarData[outer].Item):
+            data = store.VarData[outer]
+            deltas = ", ".join("region %d: %d" % (r, d) for r, d in zip(data.VarRegionIndex, data.Item[inner]))
+        return "delta set %d/%d (%s)" % (outer, inner, deltas or "no deltas")
     values = getattr(device, "DeltaValue", []) or []
     corrections = ["%d: %d" % (device.StartSize + i, v) for i, v in enumerate(values) if v]
     return "device" + (" ppem " + ", ".join(corrections) if corrections else " without corrections")
@@ -255,6 +266,8 @@ def lookup_lists(table):
 
 def check_font(velldump, path, font, number, problems):
     gid = {name: i for i, name in enumerate(font.getGlyphOrder())}
+    gdef = font["GDEF"].table if "GDEF" in font else None
+    VARIATION_STORE[0] = getattr(gdef, "VarStore", None) if gdef is not None and gdef.Version >= 0x00010003 else None
     glyph_count = len(gid)
     dumped = velldump_sections(velldump, path if number is None else path)
     where = path if number is None else "%s#%d" % (path, number)

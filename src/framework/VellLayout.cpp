@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "framework/VellGlyphs.h"
+#include "framework/VellItemVariationStore.h"
 #include "framework/VellTables.h"
 
 namespace {
@@ -1104,6 +1105,21 @@ void AddGlyphClasses(VellLayoutAccount& account, VellView table, size_t offset, 
     account.lists.push_back(std::move(list));
 }
 
+// The item variation store of a version 1.3 'GDEF', or an empty one.
+VellItemVariationStore GDEFVariationStore(VellView gdef) {
+    if (gdef.u16(0) != 1 || gdef.u16(2) < 3 || gdef.u32(14) == 0) return {};
+    return VellItemVariationStore(gdef.sub(gdef.u32(14)));
+}
+
+// "region 0: -5, region 3: 2", each delta beside the region it applies in.
+std::string DeltasText(const VellDeltaSet& set) {
+    std::string text;
+    for (size_t i = 0; i < set.deltas.size() && i < set.regionIndexes.size(); ++i) {
+        text += (i ? ", region " : "region ") + Decimal(set.regionIndexes[i]) + ": " + Decimal(set.deltas[i]);
+    }
+    return text.empty() ? "no deltas" : text;
+}
+
 }  // namespace
 
 size_t VellLayoutRuleCap(size_t tableBytes) {
@@ -1154,6 +1170,7 @@ VellLayoutAccount VellReadGDEF(VellView table) {
         std::vector<uint16_t> coverage = ReadCoverage(list, list.u16(0), &budget);
         size_t count = std::min(coverage.size(), list.records_that_fit(4, list.u16(2), 2));
         VellLayoutRuleList rules{"ligature carets", {}};
+        VellDeltaSetText deltaSets = VellGDEFDeltaSets(table);
         for (size_t i = 0; i < count && budget.Rule(); ++i) {
             VellView ligGlyph = list.sub(list.u16(4 + 2 * i));
             size_t carets = ligGlyph.records_that_fit(2, ligGlyph.u16(0), 2);
@@ -1166,7 +1183,7 @@ VellLayoutAccount VellReadGDEF(VellView table) {
                     case 1: value += "coordinate " + Decimal(caret.s16(2)); break;
                     case 2: value += "point " + Decimal(caret.u16(2)); break;
                     case 3:
-                        value += "coordinate " + Decimal(caret.s16(2)) + " " + DeviceText(caret, caret.u16(4), {});
+                        value += "coordinate " + Decimal(caret.s16(2)) + " " + DeviceText(caret, caret.u16(4), deltaSets);
                         break;
                     default: value += "caret format " + Decimal(caret.u16(0)); break;
                 }
@@ -1191,8 +1208,43 @@ VellLayoutAccount VellReadGDEF(VellView table) {
         account.lists.push_back(std::move(rules));
     }
     for (VellLayoutRuleList& list : account.lists) SortRules(list.rules);
+
+    VellItemVariationStore store = GDEFVariationStore(table);
+    if (!store.empty()) {
+        const VellVariationRegionList& regions = store.Regions();
+        VellLayoutRuleList regionRules{"variation regions", {}};
+        for (size_t r = 0; r < regions.RegionCount() && budget.Rule() && budget.Work(regions.AxisCount()); ++r) {
+            std::string value;
+            for (size_t a = 0; a < regions.AxisCount(); ++a) {
+                VellRegionAxis axis = regions.Axis(r, a);
+                value += (a ? ", axis " : "axis ") + Decimal(a) + " (" + F2Dot14Text(axis.start) + ", " +
+                         F2Dot14Text(axis.peak) + ", " + F2Dot14Text(axis.end) + ")";
+            }
+            regionRules.rules.push_back(MakeRule("Region", RuleText().Text("region " + Decimal(r)), RuleText().Text(value)));
+        }
+        account.lists.push_back(std::move(regionRules));
+        VellLayoutRuleList deltaRules{"delta sets", {}};
+        for (size_t outer = 0; outer < std::min<size_t>(store.DataCount(), 0x10000) && !budget.cut(); ++outer) {
+            VellItemVariationData data = store.Data(outer);
+            for (size_t inner = 0; inner < std::min<size_t>(data.ItemCount(), 0x10000); ++inner) {
+                if (!budget.Rule() || !budget.Work(data.RegionIndexes().size())) break;
+                deltaRules.rules.push_back(MakeRule("Delta set", RuleText().Text(Decimal(outer) + "/" + Decimal(inner)),
+                                                    RuleText().Text(DeltasText(store.DeltaSet(static_cast<uint16_t>(outer),
+                                                                                              static_cast<uint16_t>(inner))))));
+            }
+        }
+        account.lists.push_back(std::move(deltaRules));
+    }
     account.cut = budget.cut();
     return account;
+}
+
+VellDeltaSetText VellGDEFDeltaSets(VellView gdef) {
+    VellItemVariationStore store = GDEFVariationStore(gdef);
+    if (store.empty()) return {};
+    return [store](uint16_t outer, uint16_t inner) {
+        return "delta set " + Decimal(outer) + "/" + Decimal(inner) + " (" + DeltasText(store.DeltaSet(outer, inner)) + ")";
+    };
 }
 
 // ---- 'kern' ----

@@ -67,10 +67,14 @@ size_t VellValueRecordSize(uint16_t valueFormat);
 // The delta sets that VariationIndex tables point at, as text, when the font's
 // item variation store is known; without it an index prints as outer/inner.
 using VellDeltaSetText = std::function<std::string(uint16_t outer, uint16_t inner)>;
+// The delta sets of a 'GDEF' item variation store (version 1.3), as
+// "delta set 1/4 (region 0: -5, region 3: 2)"; empty without a store. The view
+// must outlive the function.
+VellDeltaSetText VellGDEFDeltaSets(VellView gdef);
 
 // ---- Tables ----
 // glyphCount bounds class 0 of ClassDef-based pair adjustments ('maxp' numGlyphs).
-// gdef, when given, supplies the item variation store of VariationIndex tables.
+// deltaSets, when given, writes the delta sets of VariationIndex tables.
 VellLayoutAccount VellReadGSUB(VellView table);
 VellLayoutAccount VellReadGPOS(VellView table, uint32_t glyphCount, const VellDeltaSetText& deltaSets = {});
 VellLayoutAccount VellReadGDEF(VellView table);

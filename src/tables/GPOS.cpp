@@ -4,8 +4,11 @@
 
 namespace {
 
-// ClassDef-based pairs give class 0 to every glyph the font has that no class names.
-VellLayoutAccount ReadAccount(VellView table, TFontContext& font) { return VellReadGPOS(table, font.GlyphCount()); }
+// ClassDef-based pairs give class 0 to every glyph the font has that no class names;
+// VariationIndex tables point into the item variation store of the font's 'GDEF'.
+VellLayoutAccount ReadAccount(VellView table, TFontContext& font) {
+    return VellReadGPOS(table, font.GlyphCount(), VellGDEFDeltaSets(font.Table(VellMakeTag("GDEF"))));
+}
 
 }  // namespace
 

@@ -116,6 +116,17 @@ void DamageEveryTable(const FontTables& original, uint32_t seed) {
 
 TEST(DamagedFonts, EveryTableOfARealFont) { DamageEveryTable(FontFile("DejaVuSans-subset.ttf"), 20261123); }
 
+// The layout accounts ('GSUB', 'GPOS' and 'GDEF' of the real font, 'kern' of the
+// font with every handled kind) exist only under --opentype.
+TEST(DamagedFonts, LayoutTablesUnderOpenType) {
+    struct OpenTypeRound {
+        OpenTypeRound() { gOpenType = 1; }
+        ~OpenTypeRound() { gOpenType = 0; }
+    } openType;
+    DamageEveryTable(FontFile("DejaVuSans-subset.ttf"), 20261124);
+    DamageEveryTable(FontFile("every-table.ttf"), 1124);
+}
+
 TEST(DamagedFonts, EveryTableOfAFontWithEveryHandledKind) { DamageEveryTable(FontFile("every-table.ttf"), 1123); }
 
 TEST(DamagedFonts, EveryTableOfASmallBuiltFont) { DamageEveryTable(SampleFont(), 2026); }

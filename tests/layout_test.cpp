@@ -255,6 +255,40 @@ TEST(Layout, ComparisonPrintsOnlyChangedRulesInTheReportsVocabulary) {
     EXPECT_THAT(CompareDeltas(modified, original, "GPOS"), HasSubstr("### Added 'kern' rules"));
 }
 
+// 'latn' and 'cyrl' give 'kern' different lookups, so its rules are listed per
+// language system; the modified font adds 'grek' beside 'latn'.
+Bytes KernPerScript(bool withGreek, int16_t value) {
+    Bytes gpos = LayoutTable({{"kern", {0}}, {"kern", {1}}},
+                             {{2, {PairPos1({{2, {{3, value}}}})}}, {2, {PairPos1({{3, {{2, 5}}}})}}});
+    // Rebuild the ScriptList by hand: 'cyrl' uses feature 1, 'latn' (and 'grek') feature 0.
+    TableWriter scripts;
+    std::vector<std::pair<const char*, uint16_t>> records = {{"cyrl", 1}, {"latn", 0}};
+    if (withGreek) records.insert(records.begin() + 1, {"grek", 0});
+    scripts.U16(static_cast<uint32_t>(records.size()));
+    for (size_t i = 0; i < records.size(); ++i) scripts.Tag(records[i].first).U16(static_cast<uint32_t>(2 + 6 * records.size() + 12 * i));
+    for (const auto& record : records) scripts.U16(4).U16(0).U16(0).U16(0xFFFF).U16(1).U16(record.second);
+    Bytes list = scripts;
+    uint16_t featureAt = static_cast<uint16_t>(gpos[6] << 8 | gpos[7]);
+    uint16_t lookupAt = static_cast<uint16_t>(gpos[8] << 8 | gpos[9]);
+    Bytes rest(gpos.begin() + featureAt, gpos.end());
+    Bytes table = Join(Join(TableWriter().U32(0x00010000).U16(10).U16(0).U16(0), list), rest);
+    SetU16(table, 6, static_cast<uint16_t>(10 + list.size()));
+    SetU16(table, 8, static_cast<uint16_t>(10 + list.size() + lookupAt - featureAt));
+    return table;
+}
+
+TEST(Layout, ListsPerLanguageSystemPairWithTheListSharingMostLanguageSystems) {
+    OpenTypeForTest openType;
+    FontTables modified = SampleFont(), original = SampleFont();
+    modified["GPOS"] = KernPerScript(true, -80);
+    original["GPOS"] = KernPerScript(false, -70);
+    EXPECT_EQ(CompareDeltas(modified, original, "GPOS"),
+              "### Added language systems (in modified font and not original font):\n"
+              "\tLanguage system:\tscript 'grek' language 'dflt': features 'kern'\n"
+              "### Changed 'kern' rules in script 'grek' language 'dflt'; script 'latn' language 'dflt':\n"
+              "\tPair (mod ):\t2 3: X advance -80\n\tPair (orig):\t2 3: X advance -70\n");
+}
+
 TEST(Layout, WithoutTheOptionLayoutTablesKeepTheirHexDifference) {
     std::string classic = CompareDeltas(KernedFont(-80), KernedFont(-70), "GPOS");
     EXPECT_THAT(classic, Not(HasSubstr("###")));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <span>
 #include <set>
 #include <unordered_map>
 #include <unordered_set>
@@ -72,7 +73,8 @@ struct RuleText {
 };
 
 VellLayoutRule MakeRule(const char* label, RuleText key, RuleText value) {
-    VellLayoutRule rule{label, std::move(key.text), std::move(value.text), std::move(key.glyphs)};
+    VellLayoutRule rule{label, std::move(key.text), std::move(value.text), std::move(key.glyphs), 0};
+    rule.keyGlyphs = rule.glyphs.size();
     rule.glyphs.insert(rule.glyphs.end(), value.glyphs.begin(), value.glyphs.end());
     return rule;
 }
@@ -398,7 +400,7 @@ std::string LangSysName(const LangSys& langSys) {
 
 void AddStructure(VellLayoutAccount& account, const LayoutHeader& header, Budget& budget) {
     std::vector<std::string> names = FeatureNames(header.features);
-    VellLayoutRuleList langSystems{"language systems", {}};
+    VellLayoutRuleList langSystems{"language systems", {}, {}, {}};
     for (const LangSys& langSys : header.langSystems) {
         if (!budget.Rule()) break;
         std::string value;
@@ -407,7 +409,7 @@ void AddStructure(VellLayoutAccount& account, const LayoutHeader& header, Budget
         for (uint16_t index : langSys.features) value += " " + FeatureIndexText(index, names);
         langSystems.rules.push_back(MakeRule("Language system", RuleText().Text(LangSysName(langSys)), RuleText().Text(value)));
     }
-    VellLayoutRuleList features{"features", {}};
+    VellLayoutRuleList features{"features", {}, {}, {}};
     for (size_t i = 0; i < header.features.size() && budget.Rule(); ++i) {
         features.rules.push_back(MakeRule("Feature", RuleText().Text(names[i]),
                                           RuleText().Text("lookups " + LookupListText(header.features[i].lookups, header.lookups))));
@@ -417,7 +419,7 @@ void AddStructure(VellLayoutAccount& account, const LayoutHeader& header, Budget
 
     VellView variations = header.featureVariations;
     if (variations.empty()) return;
-    VellLayoutRuleList conditions{"feature variations", {}};
+    VellLayoutRuleList conditions{"feature variations", {}, {}, {}};
     size_t records = variations.records_that_fit(8, variations.u32(4), 8);
     for (size_t r = 0; r < records && budget.Rule(); ++r) {
         std::string value = "conditions";
@@ -455,6 +457,8 @@ void AddStructure(VellLayoutAccount& account, const LayoutHeader& header, Budget
 struct RuleSection {
     std::string what;
     std::vector<uint16_t> lookups;
+    std::string tag;
+    std::vector<std::string> langSystems;
 };
 
 std::vector<RuleSection> RuleSections(const LayoutHeader& header) {
@@ -463,13 +467,14 @@ std::vector<RuleSection> RuleSections(const LayoutHeader& header) {
     std::vector<RuleSection> sections;
     for (const auto& [tag, lists] : lookupsOfTag) {
         if (lists.size() == 1) {
-            sections.push_back({TagText(tag) + " rules", *lists.begin()});
+            sections.push_back({TagText(tag) + " rules", *lists.begin(), TagText(tag), {}});
             continue;
         }
         // Language systems that give the tag the same lookups share one section,
         // named by their scripts and languages in ScriptList order.
         for (const std::vector<uint16_t>& lookups : lists) {
             std::string where;
+            std::vector<std::string> langSystems;
             uint32_t lastScript = 0;
             for (const LangSys& langSys : header.langSystems) {
                 std::vector<uint16_t> indices = langSys.features;
@@ -483,9 +488,11 @@ std::vector<RuleSection> RuleSections(const LayoutHeader& header) {
                     where += (where.empty() ? " in script " : "; script ") + TagText(langSys.script) + " language";
                 }
                 where.append(" ").append(TagText(langSys.language));
+                langSystems.push_back(TagText(langSys.script) + " " + TagText(langSys.language));
                 lastScript = langSys.script;
             }
-            sections.push_back({TagText(tag) + " rules" + (where.empty() ? " of no language system" : where), lookups});
+            sections.push_back({TagText(tag) + " rules" + (where.empty() ? " of no language system" : where), lookups,
+                                TagText(tag), std::move(langSystems)});
         }
     }
     return sections;
@@ -802,13 +809,19 @@ void FlattenPairs(Flattener& out, const Lookup& lookup, uint32_t glyphCount, con
     Budget& budget = out.budget();
     std::unordered_set<uint32_t> covered;
     std::vector<bool> firstCovered(0x10000, false);
-    PairValues values;
-    auto record = [&](uint16_t first, uint16_t second, Adjustment a, Adjustment b) {
+    // Each pair is added once per lookup, so the lookup's values go straight into
+    // the feature's sums.
+    auto add = [&sums](uint32_t pair, const Adjustment& a, const Adjustment& b) {
+        auto& sum = sums[pair];
+        sum.first.Add(a);
+        sum.second.Add(b);
+    };
+    auto record = [&](uint16_t first, uint16_t second, const Adjustment& a, const Adjustment& b) {
         uint32_t pair = static_cast<uint32_t>(first) << 16 | second;
         if (!covered.insert(pair).second) return true;
         if (a.zero() && b.zero()) return true;
         if (!budget.Rule()) return false;
-        values.emplace(pair, std::make_pair(std::move(a), std::move(b)));
+        add(pair, a, b);
         return true;
     };
     for (VellView subtable : lookup.subtables) {
@@ -876,16 +889,11 @@ void FlattenPairs(Flattener& out, const Lookup& lookup, uint32_t glyphCount, con
                         uint32_t pair = static_cast<uint32_t>(first) << 16 | second;
                         if (covered.count(pair)) continue;
                         if (!budget.Rule()) break;
-                        values.emplace(pair, adjustments);
+                        add(pair, adjustments.first, adjustments.second);
                     }
                 }
             }
         }
-    }
-    for (auto& [pair, adjustments] : values) {
-        auto& sum = sums[pair];
-        sum.first.Add(adjustments.first);
-        sum.second.Add(adjustments.second);
     }
 }
 
@@ -983,34 +991,34 @@ void FlattenPositioning(Flattener& out, const Lookup& lookup, uint16_t lookupInd
     }
 }
 
-// Rules with equal keys (a glyph substituted by two lookups of one feature, say)
-// become one rule whose value lists each in lookup order; then rules sort by the
-// glyphs of their keys.
+// Rules sort by the glyphs of their keys; rules with equal keys (a glyph
+// substituted by two lookups of one feature, say) become one rule whose value
+// lists each in lookup order.
 void SortRules(std::vector<VellLayoutRule>& rules) {
-    auto keyGlyphs = [](const VellLayoutRule& rule) {
-        size_t count = static_cast<size_t>(std::count(rule.key.begin(), rule.key.end(), kVellLayoutGlyph));
-        return std::vector<uint16_t>(rule.glyphs.begin(), rule.glyphs.begin() + static_cast<std::ptrdiff_t>(std::min(count, rule.glyphs.size())));
+    auto keyOf = [](const VellLayoutRule& rule) {
+        return std::span<const uint16_t>(rule.glyphs.data(), std::min(rule.keyGlyphs, rule.glyphs.size()));
     };
-    std::vector<std::pair<std::vector<uint16_t>, VellLayoutRule>> merged;
-    std::map<std::pair<std::string, std::vector<uint16_t>>, size_t> seen;
-    for (VellLayoutRule& rule : rules) {
-        std::vector<uint16_t> glyphsOfKey = keyGlyphs(rule);
-        auto [found, inserted] = seen.emplace(std::make_pair(std::string(rule.label) + "\t" + rule.key, glyphsOfKey), merged.size());
-        if (inserted) {
-            merged.emplace_back(std::move(glyphsOfKey), std::move(rule));
+    auto before = [&keyOf](const VellLayoutRule& a, const VellLayoutRule& b) {
+        std::span<const uint16_t> ka = keyOf(a), kb = keyOf(b);
+        if (!std::equal(ka.begin(), ka.end(), kb.begin(), kb.end()))
+            return std::lexicographical_compare(ka.begin(), ka.end(), kb.begin(), kb.end());
+        if (a.key != b.key) return a.key < b.key;
+        return std::string_view(a.label) < b.label;
+    };
+    std::stable_sort(rules.begin(), rules.end(), before);
+    size_t kept = 0;
+    for (size_t i = 0; i < rules.size(); ++i) {
+        if (kept > 0 && !before(rules[kept - 1], rules[i]) && !before(rules[i], rules[kept - 1])) {
+            VellLayoutRule& first = rules[kept - 1];
+            first.value += "; " + rules[i].value;
+            first.glyphs.insert(first.glyphs.end(), rules[i].glyphs.begin() + static_cast<std::ptrdiff_t>(rules[i].keyGlyphs),
+                                rules[i].glyphs.end());
             continue;
         }
-        VellLayoutRule& first = merged[found->second].second;
-        first.value += "; " + rule.value;
-        first.glyphs.insert(first.glyphs.end(), rule.glyphs.begin() + static_cast<std::ptrdiff_t>(glyphsOfKey.size()), rule.glyphs.end());
+        if (kept != i) rules[kept] = std::move(rules[i]);
+        ++kept;
     }
-    std::stable_sort(merged.begin(), merged.end(), [](const auto& a, const auto& b) {
-        if (a.first != b.first) return a.first < b.first;
-        if (a.second.key != b.second.key) return a.second.key < b.second.key;
-        return std::string_view(a.second.label) < b.second.label;
-    });
-    rules.clear();
-    for (auto& entry : merged) rules.push_back(std::move(entry.second));
+    rules.resize(kept);
 }
 
 VellLayoutAccount ReadLayout(VellView table, bool positioning, uint32_t glyphCount, const VellDeltaSetText& deltaSets) {
@@ -1020,27 +1028,21 @@ VellLayoutAccount ReadLayout(VellView table, bool positioning, uint32_t glyphCou
     AddStructure(account, header, budget);
     // Substitution and mark lookups flatten the same way whichever feature uses them.
     std::map<uint16_t, std::vector<VellLayoutRule>> lookupRules;
-    std::map<uint16_t, PairValues> lookupPairs;
     std::map<uint16_t, std::map<uint16_t, Adjustment>> lookupSingles;
     for (const RuleSection& section : RuleSections(header)) {
         if (budget.cut()) break;
-        VellLayoutRuleList list{section.what, {}};
+        VellLayoutRuleList list{section.what, {}, section.tag, section.langSystems};
         PairValues pairs;
         std::map<uint16_t, Adjustment> singles;
         for (uint16_t index : section.lookups) {
             if (index >= header.lookups.size() || budget.cut()) continue;
             const Lookup& lookup = header.lookups[index];
             if (positioning && lookup.type == 2) {
-                if (!lookupPairs.count(index)) {
-                    std::vector<VellLayoutRule> unused;
-                    Flattener out(table, budget, unused);
-                    FlattenPairs(out, lookup, glyphCount, deltaSets, lookupPairs[index]);
-                }
-                for (const auto& [pair, adjustments] : lookupPairs[index]) {
-                    auto& sum = pairs[pair];
-                    sum.first.Add(adjustments.first);
-                    sum.second.Add(adjustments.second);
-                }
+                // Pairs are not kept per lookup: a large class-based lookup would
+                // hold its glyph pairs twice.
+                std::vector<VellLayoutRule> unused;
+                Flattener out(table, budget, unused);
+                FlattenPairs(out, lookup, glyphCount, deltaSets, pairs);
                 continue;
             }
             if (positioning && lookup.type == 1) {
@@ -1077,7 +1079,9 @@ VellLayoutAccount ReadLayout(VellView table, bool positioning, uint32_t glyphCou
         std::sort(order.begin(), order.end());
         for (uint32_t pair : order) {
             if (!budget.Rule()) break;
-            const auto& [first, second] = pairs[pair];
+            // Each pair's sums are released once its rule holds them.
+            auto node = pairs.extract(pair);
+            const auto& [first, second] = node.mapped();
             std::string value = first.Text();
             if (!second.zero()) value += "; second " + second.Text();
             list.rules.push_back(MakeRule("Pair", RuleText().Glyph(static_cast<uint16_t>(pair >> 16)).Text(" ").Glyph(static_cast<uint16_t>(pair)),
@@ -1096,7 +1100,7 @@ void AddGlyphClasses(VellLayoutAccount& account, VellView table, size_t offset, 
                      bool glyphClassNames, Budget& budget) {
     if (offset == 0) return;
     static constexpr const char* kClassNames[] = {"0", "Base", "Ligature", "Mark", "Component"};
-    VellLayoutRuleList list{what, {}};
+    VellLayoutRuleList list{what, {}, {}, {}};
     for (const auto& [glyph, glyphClass] : ReadClassDef(table, offset, &budget)) {
         if (!budget.Rule()) break;
         std::string value = glyphClassNames && glyphClass < 5 ? kClassNames[glyphClass] : "class " + Decimal(glyphClass);
@@ -1153,7 +1157,7 @@ VellLayoutAccount VellReadGDEF(VellView table) {
         VellView list = table.sub(attachList);
         std::vector<uint16_t> coverage = ReadCoverage(list, list.u16(0), &budget);
         size_t count = std::min(coverage.size(), list.records_that_fit(4, list.u16(2), 2));
-        VellLayoutRuleList rules{"attachment points", {}};
+        VellLayoutRuleList rules{"attachment points", {}, {}, {}};
         for (size_t i = 0; i < count && budget.Rule(); ++i) {
             VellView points = list.sub(list.u16(4 + 2 * i));
             size_t pointCount = points.records_that_fit(2, points.u16(0), 2);
@@ -1169,7 +1173,7 @@ VellLayoutAccount VellReadGDEF(VellView table) {
         VellView list = table.sub(ligCaretList);
         std::vector<uint16_t> coverage = ReadCoverage(list, list.u16(0), &budget);
         size_t count = std::min(coverage.size(), list.records_that_fit(4, list.u16(2), 2));
-        VellLayoutRuleList rules{"ligature carets", {}};
+        VellLayoutRuleList rules{"ligature carets", {}, {}, {}};
         VellDeltaSetText deltaSets = VellGDEFDeltaSets(table);
         for (size_t i = 0; i < count && budget.Rule(); ++i) {
             VellView ligGlyph = list.sub(list.u16(4 + 2 * i));
@@ -1198,7 +1202,7 @@ VellLayoutAccount VellReadGDEF(VellView table) {
     if (version >= 0x00010002 && table.u16(12) != 0) {
         VellView sets = table.sub(table.u16(12));
         size_t count = sets.u16(0) == 1 ? sets.records_that_fit(4, sets.u16(2), 4) : 0;
-        VellLayoutRuleList rules{"mark glyph sets", {}};
+        VellLayoutRuleList rules{"mark glyph sets", {}, {}, {}};
         for (size_t s = 0; s < count && !budget.cut(); ++s) {
             for (uint16_t glyph : ReadCoverage(sets, sets.u32(4 + 4 * s), &budget)) {
                 if (!budget.Rule()) break;
@@ -1212,7 +1216,7 @@ VellLayoutAccount VellReadGDEF(VellView table) {
     VellItemVariationStore store = GDEFVariationStore(table);
     if (!store.empty()) {
         const VellVariationRegionList& regions = store.Regions();
-        VellLayoutRuleList regionRules{"variation regions", {}};
+        VellLayoutRuleList regionRules{"variation regions", {}, {}, {}};
         for (size_t r = 0; r < regions.RegionCount() && budget.Rule() && budget.Work(regions.AxisCount()); ++r) {
             std::string value;
             for (size_t a = 0; a < regions.AxisCount(); ++a) {
@@ -1223,7 +1227,7 @@ VellLayoutAccount VellReadGDEF(VellView table) {
             regionRules.rules.push_back(MakeRule("Region", RuleText().Text("region " + Decimal(r)), RuleText().Text(value)));
         }
         account.lists.push_back(std::move(regionRules));
-        VellLayoutRuleList deltaRules{"delta sets", {}};
+        VellLayoutRuleList deltaRules{"delta sets", {}, {}, {}};
         for (size_t outer = 0; outer < std::min<size_t>(store.DataCount(), 0x10000) && !budget.cut(); ++outer) {
             VellItemVariationData data = store.Data(outer);
             for (size_t inner = 0; inner < std::min<size_t>(data.ItemCount(), 0x10000); ++inner) {
@@ -1252,7 +1256,7 @@ VellDeltaSetText VellGDEFDeltaSets(VellView gdef) {
 VellLayoutAccount VellReadKern(VellView table) {
     VellLayoutAccount account;
     Budget budget(table.size());
-    VellLayoutRuleList subtables{"subtables", {}};
+    VellLayoutRuleList subtables{"subtables", {}, {}, {}};
     // Pairs are summed over the subtables of one kind, as a shaper adds them up.
     std::map<std::string, std::map<uint32_t, int32_t>> pairsOfKind;
     bool apple = table.u32(0) == 0x00010000;
@@ -1312,7 +1316,7 @@ VellLayoutAccount VellReadKern(VellView table) {
     }
     account.lists.push_back(std::move(subtables));
     for (const auto& [kind, pairs] : pairsOfKind) {
-        VellLayoutRuleList list{kind + " pairs", {}};
+        VellLayoutRuleList list{kind + " pairs", {}, {}, {}};
         for (const auto& [pair, value] : pairs) {
             if (value == 0) continue;
             if (!budget.Rule()) break;
@@ -1386,7 +1390,7 @@ VellLayoutDelta VellCompareLayoutRules(const VellLayoutRuleList* modified, const
             originals.emplace(std::move(key), std::make_pair(std::move(value), &rule));
         }
     }
-    std::unordered_set<std::string> matched;
+    std::vector<bool> matched(original ? original->rules.size() : 0, false);
     if (modified) {
         VellGlyphText text = identity(modifiedGlyphs);
         for (const VellLayoutRule& rule : modified->rules) {
@@ -1397,13 +1401,12 @@ VellLayoutDelta VellCompareLayoutRules(const VellLayoutRuleList* modified, const
                 continue;
             }
             if (found->second.first != value) delta.changed.push_back({&rule, found->second.second});
-            matched.insert(key);
+            matched[static_cast<size_t>(found->second.second - original->rules.data())] = true;
         }
     }
     if (original) {
-        VellGlyphText text = identity(originalGlyphs);
-        for (const VellLayoutRule& rule : original->rules) {
-            if (!matched.count(split(rule, text).first)) delta.deleted.push_back(&rule);
+        for (size_t i = 0; i < original->rules.size(); ++i) {
+            if (!matched[i]) delta.deleted.push_back(&original->rules[i]);
         }
     }
     return delta;

@@ -33,6 +33,7 @@ struct VellLayoutRule {
     std::string key;     // what the rule applies to
     std::string value;   // what it does; may be empty (a glyph in a set)
     std::vector<uint16_t> glyphs;  // the key's glyphs, then the value's, in text order
+    size_t keyGlyphs = 0;          // how many of them are the key's
 };
 
 // The rules of one part of a table: its scripts, its features, the rules of one
@@ -40,6 +41,11 @@ struct VellLayoutRule {
 struct VellLayoutRuleList {
     std::string what;  // "scripts", "'kern' rules", ...; names the list in headings
     std::vector<VellLayoutRule> rules;
+    // For the rules of a feature tag listed per language system: the tag and the
+    // language systems ("'latn' 'dflt'"), so that two fonts' lists can be paired
+    // when one font has a language system more.
+    std::string tag;
+    std::vector<std::string> langSystems;
 };
 
 // A table read as rule lists, in the order an account prints them.

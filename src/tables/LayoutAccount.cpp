@@ -1,5 +1,6 @@
 #include "tables/LayoutAccount.h"
 
+#include <algorithm>
 #include <unordered_map>
 
 #include "VellCmpErrors.h"
@@ -31,10 +32,43 @@ VellGlyphText TextOf(GlyphWriter& writer) {
     return [&writer](uint16_t glyph) { return writer(glyph); };
 }
 
-const VellLayoutRuleList* FindList(const VellLayoutAccount& account, const std::string& what) {
-    for (const VellLayoutRuleList& list : account.lists)
-        if (list.what == what) return &list;
-    return nullptr;
+// The two fonts' lists paired by name; a feature tag's list that has no namesake
+// (its language systems differ) pairs with the list of that tag sharing most of
+// its language systems. Lists of only one font pair with nothing.
+std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> PairLists(const VellLayoutAccount& modified,
+                                                                                      const VellLayoutAccount& original) {
+    std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> pairs;
+    std::vector<bool> taken(original.lists.size(), false);
+    for (const VellLayoutRuleList& list : modified.lists) {
+        const VellLayoutRuleList* partner = nullptr;
+        for (size_t i = 0; i < original.lists.size() && !partner; ++i) {
+            if (!taken[i] && original.lists[i].what == list.what) {
+                partner = &original.lists[i];
+                taken[i] = true;
+            }
+        }
+        pairs.push_back({&list, partner});
+    }
+    for (auto& [mine, theirs] : pairs) {
+        if (theirs || mine->tag.empty()) continue;
+        size_t best = 0, bestShared = 0;
+        for (size_t i = 0; i < original.lists.size(); ++i) {
+            const VellLayoutRuleList& candidate = original.lists[i];
+            if (taken[i] || candidate.tag != mine->tag) continue;
+            // A list of the whole tag (no language systems named) shares with any.
+            size_t shared = mine->langSystems.empty() || candidate.langSystems.empty() ? 1 : 0;
+            for (const std::string& langSys : mine->langSystems)
+                shared += std::count(candidate.langSystems.begin(), candidate.langSystems.end(), langSys);
+            if (shared > bestShared) best = i, bestShared = shared;
+        }
+        if (bestShared > 0) {
+            theirs = &original.lists[best];
+            taken[best] = true;
+        }
+    }
+    for (size_t i = 0; i < original.lists.size(); ++i)
+        if (!taken[i]) pairs.push_back({nullptr, &original.lists[i]});
+    return pairs;
 }
 
 void PrintCut(TTableDumper& dumper, const char* font) {
@@ -62,21 +96,18 @@ void CompareLayoutAccounts(TTableComparator& comparator, const VellLayoutAccount
     GlyphWriter modifiedWriter(comparator.GetModifiedFont()), originalWriter(comparator.GetOriginalFont());
     VellGlyphText modifiedText = TextOf(modifiedWriter), originalText = TextOf(originalWriter);
 
-    std::vector<std::string> names;
-    for (const VellLayoutRuleList& list : modified.lists) names.push_back(list.what);
-    for (const VellLayoutRuleList& list : original.lists)
-        if (!FindList(modified, list.what)) names.push_back(list.what);
-
-    for (const std::string& what : names) {
-        VellLayoutDelta delta =
-            VellCompareLayoutRules(FindList(modified, what), FindList(original, what), modifiedGlyphs, originalGlyphs);
+    for (const auto& [mine, theirs] : PairLists(modified, original)) {
+        VellLayoutDelta delta = VellCompareLayoutRules(mine, theirs, modifiedGlyphs, originalGlyphs);
+        // Added and changed rules are named as the modified font names their list.
+        const std::string& what = mine ? mine->what : theirs->what;
         if (!delta.added.empty()) {
             comparator.PrintLine("### Added " + what + " (in modified font and not original font):", true);
             for (const VellLayoutRule* rule : delta.added)
                 comparator.PrintStringField(1, rule->label, VellLayoutRuleText(*rule, modifiedText));
         }
         if (!delta.deleted.empty()) {
-            comparator.PrintLine("### Deleted " + what + " (in original font but not in modified font):", true);
+            comparator.PrintLine("### Deleted " + (theirs ? theirs->what : what) + " (in original font but not in modified font):",
+                                 true);
             for (const VellLayoutRule* rule : delta.deleted)
                 comparator.PrintStringField(1, rule->label, VellLayoutRuleText(*rule, originalText));
         }

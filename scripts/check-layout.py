@@ -38,21 +38,28 @@ ATTACHMENTS = ("Mark", "Base", "Ligature", "Mark2")
 
 # ---- velldump's reading ----
 
-def velldump_sections(velldump, path):
-    """{table tag: [(section heading, [(label, text)])]} from velldump --opentype."""
+def velldump_sections(velldump, path, number):
+    """{table tag: [(section heading, [(label, text)])]} of one font (the first of a
+    collection when number is 0) from velldump --opentype."""
     run = subprocess.run([velldump, "--opentype", path, "GPOS", "GSUB"], capture_output=True, check=False)
     tables = collections.defaultdict(list)
-    table = None
+    table, font = None, 0
     for line in run.stdout.decode("utf-8", "replace").splitlines():
+        match = re.match(r"##### Font (\d+):", line)
+        if match:
+            font, table = int(match.group(1)) - 1, None
+            continue
         match = re.match(r"##### Table '(....)'", line)
         if match:
-            table = match.group(1)
+            table = match.group(1) if font == (number or 0) else None
+            continue
+        if table is None:
             continue
         if line.startswith("### ") and line.endswith(":"):
             tables[table].append((line[4:-1], []))
             continue
         match = re.match(r"\t([^\t:]+):\t(.*)$", line)
-        if match and table and tables[table]:
+        if match and tables[table]:
             tables[table][-1][1].append((match.group(1), match.group(2)))
     return tables
 
@@ -269,7 +276,7 @@ def check_font(velldump, path, font, number, problems):
     gdef = font["GDEF"].table if "GDEF" in font else None
     VARIATION_STORE[0] = getattr(gdef, "VarStore", None) if gdef is not None and gdef.Version >= 0x00010003 else None
     glyph_count = len(gid)
-    dumped = velldump_sections(velldump, path if number is None else path)
+    dumped = velldump_sections(velldump, path, number)
     where = path if number is None else "%s#%d" % (path, number)
     counts = collections.Counter()
 
@@ -347,7 +354,7 @@ def main():
     problems = []
     for path in fonts:
         if path.endswith(".ttc"):
-            # velldump dumps a collection's first font unless told its name.
+            # A collection's first face: the others share its layout tables' kind.
             faces = [(TTCollection(path).fonts[0], 0)]
         else:
             faces = [(TTFont(path, lazy=False), None)]

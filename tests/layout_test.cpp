@@ -228,6 +228,146 @@ TEST(Layout, ClassesCaretsSetsAndKerningFlatten) {
     for (const Case& c : cases) EXPECT_EQ(ListOf(Rules(VellReadKern(VellView(c.kern))), c.list), c.pairs) << c.fault;
 }
 
+// A 'CFF ' table that names glyphs only through its charset: string IDs (CIDs
+// when cidKeyed) for glyphs 1 on, in charset format 0, 1 (ranges of one glyph
+// each) or 2, each glyph's charstring a lone endchar. Custom strings take string
+// IDs from 391 on.
+Bytes CharsetCff(const std::vector<uint16_t>& sids, uint8_t format, bool cidKeyed,
+                 const std::vector<std::string>& strings = {}) {
+    auto index = [](const std::vector<std::string>& objects) {
+        TableWriter out;
+        out.U16(static_cast<uint32_t>(objects.size()));
+        if (objects.empty()) return Bytes(out);
+        out.U8(1).U8(1);
+        uint32_t at = 1;
+        for (const std::string& object : objects) out.U8(at += static_cast<uint32_t>(object.size()));
+        for (const std::string& object : objects)
+            for (char c : object) out.U8(static_cast<uint8_t>(c));
+        return Bytes(out);
+    };
+    // Top DICT: charset and CharStrings as 5-byte integers, patched below; ROS first.
+    std::string dict = cidKeyed ? std::string("\x8c\x8c\x8b\x0c\x1e", 5) : std::string();
+    size_t charsetAt = dict.size() + 1;
+    dict += std::string("\x1d\0\0\0\0\x0f\x1d\0\0\0\0\x11", 12);
+    Bytes head = Joined(Joined(TableWriter().U8(1).U8(0).U8(4).U8(1), index({"T"})), index({dict}));
+    size_t dictAt = head.size() - dict.size();
+    head = Joined(head, index(strings));
+    TableWriter charset;
+    charset.U8(format);
+    for (uint16_t sid : sids) {
+        if (format == 0) charset.U16(sid);
+        else if (format == 1) charset.U16(sid).U8(0);
+        else charset.U16(sid).U16(0);
+    }
+    size_t charStringsAt = head.size() + Bytes(charset).size();
+    Bytes cff = Joined(Joined(head, charset), index(std::vector<std::string>(sids.size() + 1, "\x0e")));
+    SetU32(cff, dictAt + charsetAt, static_cast<uint32_t>(head.size()));
+    SetU32(cff, dictAt + charsetAt + 6, static_cast<uint32_t>(charStringsAt));
+    return cff;
+}
+
+TEST(Layout, AFontWhosePostNamesNoGlyphMatchesByItsCharset) {
+    OpenTypeForTest openType;
+    struct Case {
+        const char* fault;
+        Bytes modifiedCff, originalCff;
+        bool renumbered;  // the pairs read as added and deleted: glyph numbers decided
+    };
+    // .notdef, space (SID 1), A (34), B (35); the modified font inserts Aacute
+    // (a custom string) before A.
+    const std::vector<std::string> custom = {"Aacute"};
+    const std::vector<Case> cases = {
+        {"charset format 0", CharsetCff({1, 391, 34, 35}, 0, false, custom), CharsetCff({1, 34, 35}, 0, false), false},
+        {"charset formats 1 and 2", CharsetCff({1, 391, 34, 35}, 1, false, custom), CharsetCff({1, 34, 35}, 2, false), false},
+        {"a CID-keyed font matches by CID", CharsetCff({1, 9, 34, 35}, 2, true), CharsetCff({1, 34, 35}, 0, true), false},
+        {"a charset that names two glyphs alike names none", CharsetCff({1, 34, 34, 35}, 0, false),
+         CharsetCff({1, 34, 35}, 0, false), true},
+        {"a string ID past the String INDEX names nothing", CharsetCff({1, 392, 34, 35}, 0, false, custom),
+         CharsetCff({1, 34, 35}, 0, false), true},
+        {"a charset of fewer glyphs than 'maxp' counts names none", CharsetCff({1, 391, 34}, 0, false, custom),
+         CharsetCff({1, 34, 35}, 0, false), true},
+    };
+    for (const Case& c : cases) {
+        FontTables modified = KernedFont(-80, true), original = KernedFont(-80);
+        SetU32(modified["post"], 0, 0x00030000);
+        SetU32(original["post"], 0, 0x00030000);
+        modified["CFF "] = c.modifiedCff;
+        original["CFF "] = c.originalCff;
+        std::string report = CompareDeltas(modified, original, "GPOS");
+        if (c.renumbered) EXPECT_THAT(report, HasSubstr("### Added 'kern' rules")) << c.fault;
+        else EXPECT_EQ(report, "") << c.fault;
+        // Cut short anywhere, the table never reads outside itself (the sanitizer
+        // build's concern); cut inside its charset it names no glyph.
+        for (size_t cut = 0; cut < c.modifiedCff.size(); ++cut) {
+            modified["CFF "] = Bytes(c.modifiedCff.begin(), c.modifiedCff.begin() + static_cast<ptrdiff_t>(cut));
+            std::string cutReport = CompareDeltas(modified, original, "GPOS");
+            if (cut < 40) EXPECT_THAT(cutReport, HasSubstr("### Added 'kern' rules")) << c.fault << cut;
+        }
+    }
+}
+
+// A 'GDEF' 1.3 whose item variation store has one axis, three regions and one
+// ItemVariationData of 16-bit deltas over regionIndexes, one row per delta set.
+Bytes VariationGdef(const std::vector<uint16_t>& regionIndexes, const std::vector<std::vector<int16_t>>& rows) {
+    TableWriter store;
+    store.U16(1).U32(12).U16(1).U32(12 + 4 + 3 * 6);
+    store.U16(1).U16(3)
+        .U16(0xC000).U16(0xC000).U16(0)   // region 0: (-1, -1, 0)
+        .U16(0).U16(0x4000).U16(0x4000)   // region 1: (0, 1, 1)
+        .U16(0).U16(0x2000).U16(0x4000);  // region 2: (0, 0.5, 1)
+    store.U16(static_cast<uint32_t>(rows.size())).U16(static_cast<uint32_t>(regionIndexes.size()))
+        .U16(static_cast<uint32_t>(regionIndexes.size()));
+    for (uint16_t region : regionIndexes) store.U16(region);
+    for (const auto& row : rows)
+        for (int16_t delta : row) store.U16(static_cast<uint16_t>(delta));
+    return Joined(TableWriter().U32(0x00010003).U16(0).U16(0).U16(0).U16(0).U16(0).U32(18), store);
+}
+
+// One pair, 2 3, of X advance -40 whose X advance device is a VariationIndex.
+Bytes VariedPair(uint16_t outer, uint16_t inner) {
+    Bytes pairPos = Joined(TableWriter().U16(1).U16(26).U16(0x0044).U16(0).U16(1).U16(12)
+                               .U16(1).U16(3).U16(0xFFD8).U16(8)    // 12: PairSet; its device at +8
+                               .U16(outer).U16(inner).U16(0x8000),  // 20: VariationIndex
+                           Coverage({2}));
+    return LayoutTable({{"kern", {0}}}, {{2, {pairPos}}});
+}
+
+TEST(Layout, VariationIndexesCompareByTheDeltasTheyReach) {
+    OpenTypeForTest openType;
+    FontTables modified = SampleFont(), original = SampleFont();
+    modified["GPOS"] = VariedPair(0, 0);
+    modified["GDEF"] = VariationGdef({0, 1}, {{-5, 3}});
+    struct Case {
+        const char* fault;
+        Bytes gpos, gdef;
+        std::string report;
+    };
+    const std::vector<Case> cases = {
+        {"the same deltas in another row and another region order", VariedPair(0, 1),
+         VariationGdef({1, 0}, {{9, 9}, {3, -5}}), ""},
+        {"a zero delta for one region more moves nothing", VariedPair(0, 0), VariationGdef({0, 2, 1}, {{-5, 0, 3}}), ""},
+        {"a changed delta prints both delta sets where they are stored", VariedPair(0, 1),
+         VariationGdef({0, 1}, {{0, 0}, {-5, 4}}),
+         "### Changed 'kern' rules:\n"
+         "\tPair (mod ):\t2 3: X advance -40, X advance delta set 0/0 (region 0: -5, region 1: 3)\n"
+         "\tPair (orig):\t2 3: X advance -40, X advance delta set 0/1 (region 0: -5, region 1: 4)\n"},
+    };
+    for (const Case& c : cases) {
+        original["GPOS"] = c.gpos;
+        original["GDEF"] = c.gdef;
+        EXPECT_EQ(CompareDeltas(modified, original, "GPOS"), c.report) << c.fault;
+    }
+    // A region lists only the axes whose peak narrows it; one that none narrows
+    // applies at every location.
+    Bytes gdef = VariationGdef({0}, {{1}});
+    SetU16(gdef, 18 + 12, 2);  // two axes: the regions' six values are now one region and a half
+    SetU16(gdef, 18 + 14, 1);
+    SetU16(gdef, 18 + 18, 0);  // axis 0 of region 0: peak 0
+    EXPECT_EQ(ListOf(Rules(VellReadGDEF(VellView(gdef))), "variation regions"), "Region: region 0: axis 1 (0, 1, 1)\n");
+    SetU16(gdef, 18 + 24, 0);
+    EXPECT_EQ(ListOf(Rules(VellReadGDEF(VellView(gdef))), "variation regions"), "Region: region 0: every location\n");
+}
+
 TEST(Layout, HostileTablesStayBoundedAndSayTheyWereCut) {
     // One class pair of value -1 over a ClassDef-less class 0 of 65,535 glyphs,
     // for each of 65,535 first glyphs: far beyond what a 60-byte table may list.

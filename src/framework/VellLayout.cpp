@@ -1116,11 +1116,17 @@ VellItemVariationStore GDEFVariationStore(VellView gdef) {
 }
 
 // "region 0: -5, region 3: 2", each delta beside the region it applies in.
+// A delta set's deltas by region, in region order and without the zero ones,
+// which move nothing: two stores that keep the same deltas in other rows or
+// other region orders give the same text.
 std::string DeltasText(const VellDeltaSet& set) {
-    std::string text;
+    std::vector<std::pair<uint16_t, int32_t>> deltas;
     for (size_t i = 0; i < set.deltas.size() && i < set.regionIndexes.size(); ++i) {
-        text += (i ? ", region " : "region ") + Decimal(set.regionIndexes[i]) + ": " + Decimal(set.deltas[i]);
+        if (set.deltas[i] != 0) deltas.emplace_back(set.regionIndexes[i], set.deltas[i]);
     }
+    std::stable_sort(deltas.begin(), deltas.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::string text;
+    for (const auto& [region, delta] : deltas) text += (text.empty() ? "region " : ", region ") + Decimal(region) + ": " + Decimal(delta);
     return text.empty() ? "no deltas" : text;
 }
 
@@ -1221,9 +1227,13 @@ VellLayoutAccount VellReadGDEF(VellView table) {
             std::string value;
             for (size_t a = 0; a < regions.AxisCount(); ++a) {
                 VellRegionAxis axis = regions.Axis(r, a);
-                value += (a ? ", axis " : "axis ") + Decimal(a) + " (" + F2Dot14Text(axis.start) + ", " +
+                // An axis whose peak is 0 does not narrow the region: a font that
+                // adds an axis keeps its regions as they were.
+                if (axis.peak == 0) continue;
+                value += (value.empty() ? "axis " : ", axis ") + Decimal(a) + " (" + F2Dot14Text(axis.start) + ", " +
                          F2Dot14Text(axis.peak) + ", " + F2Dot14Text(axis.end) + ")";
             }
+            if (value.empty()) value = "every location";
             regionRules.rules.push_back(MakeRule("Region", RuleText().Text("region " + Decimal(r)), RuleText().Text(value)));
         }
         account.lists.push_back(std::move(regionRules));
@@ -1247,7 +1257,8 @@ VellDeltaSetText VellGDEFDeltaSets(VellView gdef) {
     VellItemVariationStore store = GDEFVariationStore(gdef);
     if (store.empty()) return {};
     return [store](uint16_t outer, uint16_t inner) {
-        return "delta set " + Decimal(outer) + "/" + Decimal(inner) + " (" + DeltasText(store.DeltaSet(outer, inner)) + ")";
+        return "delta set " + std::string(1, kVellLayoutStorage) + Decimal(outer) + "/" + Decimal(inner) +
+               kVellLayoutStorage + " (" + DeltasText(store.DeltaSet(outer, inner)) + ")";
     };
 }
 
@@ -1334,14 +1345,21 @@ VellLayoutAccount VellReadKern(VellView table) {
 namespace {
 
 // A rule's key or value with each glyph written by glyphText; `next` is the
-// rule's next unwritten glyph.
+// rule's next unwritten glyph. The text between kVellLayoutStorage brackets is
+// written only when it is printed, not when it is compared.
 void AppendRuleText(std::string& out, std::string_view text, const std::vector<uint16_t>& glyphs, size_t& next,
-                    const VellGlyphText& glyphText) {
+                    const VellGlyphText& glyphText, bool compared = false) {
+    bool storage = false;
     for (char c : text) {
-        if (c != kVellLayoutGlyph) {
+        if (c == kVellLayoutStorage) {
+            storage = !storage;
+        } else if (c == kVellLayoutGlyph) {
+            if (next < glyphs.size()) {
+                if (compared && storage) ++next;
+                else out += glyphText(glyphs[next++]);
+            }
+        } else if (!(compared && storage)) {
             out.push_back(c);
-        } else if (next < glyphs.size()) {
-            out += glyphText(glyphs[next++]);
         }
     }
 }
@@ -1378,8 +1396,8 @@ VellLayoutDelta VellCompareLayoutRules(const VellLayoutRuleList* modified, const
         std::pair<std::string, std::string> parts;
         size_t next = 0;
         parts.first = std::string(rule.label) + "\t";
-        AppendRuleText(parts.first, rule.key, rule.glyphs, next, text);
-        AppendRuleText(parts.second, rule.value, rule.glyphs, next, text);
+        AppendRuleText(parts.first, rule.key, rule.glyphs, next, text, true);
+        AppendRuleText(parts.second, rule.value, rule.glyphs, next, text, true);
         return parts;
     };
     std::unordered_map<std::string, std::pair<std::string, const VellLayoutRule*>> originals;
@@ -1412,17 +1430,149 @@ VellLayoutDelta VellCompareLayoutRules(const VellLayoutRuleList* modified, const
     return delta;
 }
 
+namespace {
+
+// One INDEX of a 'CFF ' table: its count and where its objects lie. An INDEX of no
+// objects is the count alone.
+struct CFFIndex {
+    size_t count = 0, offSize = 0, offsets = 0, data = 0, end = 0;
+};
+
+// The 1-based offset of object i (i == count: the end of the last object).
+size_t CFFOffset(VellView cff, const CFFIndex& index, size_t i) {
+    size_t where = index.offsets + i * index.offSize, value = 0;
+    for (size_t b = 0; b < index.offSize && b < 4; ++b) value = value << 8 | cff.u8(where + b);
+    return value;
+}
+
+CFFIndex ReadCFFIndex(VellView cff, size_t offset) {
+    CFFIndex index;
+    index.count = cff.u16(offset);
+    index.end = offset + 2;
+    if (index.count == 0) return index;
+    index.offSize = cff.u8(offset + 2);
+    index.offsets = offset + 3;
+    index.data = index.offsets + (index.count + 1) * index.offSize - 1;
+    index.end = index.data + CFFOffset(cff, index, index.count);
+    return index;
+}
+
+// The integer operands of the Top DICT operators that lead to glyph names:
+// charset (15), CharStrings (17) and ROS (12 30), which makes the font CID-keyed.
+struct CFFTopDict {
+    size_t charset = 0, charStrings = 0;
+    bool cidKeyed = false;
+};
+
+CFFTopDict ReadCFFTopDict(VellView dict) {
+    CFFTopDict top;
+    int64_t last = 0;
+    for (size_t i = 0; i < dict.size();) {
+        uint8_t b0 = dict.u8(i);
+        if (b0 == 28) {
+            last = dict.s16(i + 1), i += 3;
+        } else if (b0 == 29) {
+            last = dict.s32(i + 1), i += 5;
+        } else if (b0 == 30) {
+            // A real number's nibbles run to the one that is 0xF.
+            for (++i; i < dict.size() && (dict.u8(i) & 0x0F) != 0x0F && (dict.u8(i) >> 4) != 0x0F;) ++i;
+            ++i;
+        } else if (b0 >= 32 && b0 <= 246) {
+            last = b0 - 139, ++i;
+        } else if (b0 >= 247 && b0 <= 250) {
+            last = (b0 - 247) * 256 + dict.u8(i + 1) + 108, i += 2;
+        } else if (b0 >= 251 && b0 <= 254) {
+            last = -(b0 - 251) * 256 - dict.u8(i + 1) - 108, i += 2;
+        } else if (b0 == 12) {
+            if (dict.u8(i + 1) == 30) top.cidKeyed = true;
+            i += 2;
+        } else {
+            if (b0 == 15) top.charset = static_cast<size_t>(std::max<int64_t>(last, 0));
+            if (b0 == 17) top.charStrings = static_cast<size_t>(std::max<int64_t>(last, 0));
+            ++i;
+        }
+    }
+    return top;
+}
+
+// Every glyph's name from the charset of a 'CFF ' table: a name-keyed font's
+// String INDEX text, or "SID n" for one of the standard strings (the same in
+// every font, so two fonts' glyphs still match by it); "cid" and five digits in a
+// CID-keyed font. Empty when the table has no charset of its own (the predefined
+// ones name no glyph beyond the standard strings) or its glyphs cannot be counted.
+std::vector<std::string> CFFCharsetNames(VellView cff, uint32_t glyphCount) {
+    constexpr size_t kStandardStrings = 391;
+    CFFIndex names = ReadCFFIndex(cff, cff.u8(2));
+    CFFIndex topDicts = ReadCFFIndex(cff, names.end);
+    CFFIndex strings = ReadCFFIndex(cff, topDicts.end);
+    if (topDicts.count == 0) return {};
+    size_t topStart = topDicts.data + CFFOffset(cff, topDicts, 0);
+    size_t topEnd = topDicts.data + CFFOffset(cff, topDicts, 1);
+    if (topEnd < topStart) return {};
+    CFFTopDict top = ReadCFFTopDict(cff.sub(topStart, topEnd - topStart));
+    size_t glyphs = cff.u16(top.charStrings);
+    if (top.charset <= 2 || top.charStrings == 0 || glyphs != glyphCount) return {};
+
+    std::vector<uint16_t> sids{0};  // glyph 0 is .notdef
+    VellView charset = cff.sub(top.charset);
+    uint8_t format = charset.u8(0);
+    if (format == 0) {
+        size_t count = charset.records_that_fit(1, glyphs - 1, 2);
+        for (size_t i = 0; i < count; ++i) sids.push_back(charset.u16(1 + 2 * i));
+    } else if (format == 1 || format == 2) {
+        size_t rangeSize = format == 1 ? 3 : 4;
+        for (size_t at = 1; sids.size() < glyphs && charset.has(at, rangeSize); at += rangeSize) {
+            uint32_t first = charset.u16(at);
+            uint32_t left = format == 1 ? charset.u8(at + 2) : charset.u16(at + 2);
+            for (uint32_t sid = first; sid <= first + left && sids.size() < glyphs; ++sid)
+                sids.push_back(static_cast<uint16_t>(sid));
+        }
+    }
+    if (sids.size() != glyphs) return {};
+
+    std::vector<std::string> text;
+    text.reserve(glyphs);
+    for (uint16_t sid : sids) {
+        if (top.cidKeyed) {
+            char cid[16];
+            std::snprintf(cid, sizeof cid, "cid%05u", static_cast<unsigned>(sid));
+            text.emplace_back(cid);
+        } else if (sid < kStandardStrings) {
+            text.push_back("SID " + Decimal(sid));
+        } else if (size_t i = sid - kStandardStrings; i < strings.count) {
+            size_t start = CFFOffset(cff, strings, i), end = CFFOffset(cff, strings, i + 1);
+            if (end < start) return {};
+            text.emplace_back(cff.chars(strings.data + start, end - start));
+        } else {
+            return {};
+        }
+    }
+    return text;
+}
+
+}  // namespace
+
 VellGlyphIdentity VellLayoutGlyphIdentity(VellFontRef font) {
     VellGlyphIdentity identity;
     ErrorRecord record;
     uint32_t glyphCount = VellCountFontGlyphs(font, &record);
     VellView post = VellFontTableView(font, VellMakeTag("post"), &record);
-    if (record.code != 0 || post.u32(0) != 0x00020000 || post.u16(32) != glyphCount) return identity;
-    std::unordered_set<std::string> seen;
-    for (uint32_t glyph = 0; glyph < glyphCount; ++glyph) {
-        std::string name;
-        if (VellGetGlyphName(font, glyph, &name) != 0 || name.empty() || !seen.insert(name).second) return {};
-        identity.names.push_back(std::move(name));
+    if (record.code != 0) return identity;
+    std::vector<std::string> names;
+    if (post.u32(0) == 0x00020000 && post.u16(32) == glyphCount) {
+        for (uint32_t glyph = 0; glyph < glyphCount; ++glyph) {
+            std::string name;
+            if (VellGetGlyphName(font, glyph, &name) != 0) return identity;
+            names.push_back(std::move(name));
+        }
+    } else {
+        // A 'CFF ' font whose 'post' names no glyph (format 3) names them in its charset.
+        names = CFFCharsetNames(VellFontTableView(font, VellMakeTag("CFF ")), glyphCount);
     }
+    std::unordered_set<std::string_view> seen;
+    for (const std::string& name : names) {
+        if (name.empty() || !seen.insert(name).second) return identity;
+    }
+    identity.names = std::move(names);
     return identity;
 }

@@ -27,6 +27,10 @@
 
 // Where a glyph goes in a rule's key or value text.
 inline constexpr char kVellLayoutGlyph = '\x01';
+// Brackets text that a rule prints but that two fonts' rules are not compared on:
+// where a value is stored (a VariationIndex's outer/inner pair), as opposed to
+// what it is (the deltas of the delta set it reaches).
+inline constexpr char kVellLayoutStorage = '\x02';
 
 struct VellLayoutRule {
     const char* label;   // what kind of rule: "Substitution", "Pair", "Mark", ...

@@ -198,6 +198,43 @@ TEST(Layout, MarkAttachmentAnchorsAndDevicesPrintPerClass) {
               "Base: 2 lookup 0: class 0 (5, 6) X device ppem 11: -1, 12: 1\nMark: 3 lookup 0: class 0 (10, 20)\n");
 }
 
+// MarkBasePos: mark 3 of class 0 at (10, 20), base 2 at (x, 500).
+Bytes MarkBase(int16_t x) {
+    return TableWriter()
+        .U16(1).U16(12).U16(18).U16(1).U16(24).U16(36)  // 0: header
+        .U16(1).U16(1).U16(3)                           // 12: mark coverage
+        .U16(1).U16(1).U16(2)                           // 18: base coverage
+        .U16(1).U16(0).U16(6)                           // 24: MarkArray, anchor at +6
+        .U16(1).U16(10).U16(20)                         // 30: anchor format 1
+        .U16(1).U16(4)                                  // 36: BaseArray, anchor at +4
+        .U16(1).U16(static_cast<uint16_t>(x)).U16(500);  // 40: anchor format 1
+}
+
+TEST(Layout, RulesOfARenumberedLookupPairWithTheirNamesakes) {
+    OpenTypeForTest openType;
+    // The modified font inserts a kerning lookup before its two mark lookups.
+    TestLookup kerning{2, {PairPos1({{2, {{3, -5}}}})}};
+    auto font = [](std::vector<TestLookup> lookups, std::vector<uint16_t> mark) {
+        FontTables tables = SampleFont();
+        tables["GPOS"] = LayoutTable({{"mark", mark}}, lookups);
+        return tables;
+    };
+    FontTables original = font({{4, {MarkBase(300)}}, {4, {MarkBase(320)}}}, {0, 1});
+    std::string structure = "### Changed features:\n"
+                            "\tFeature (mod ):\t'mark': lookups 1 (type 4, flags 0x0000), 2 (type 4, flags 0x0000)\n"
+                            "\tFeature (orig):\t'mark': lookups 0 (type 4, flags 0x0000), 1 (type 4, flags 0x0000)\n";
+    EXPECT_EQ(CompareDeltas(font({kerning, {4, {MarkBase(300)}}, {4, {MarkBase(320)}}}, {1, 2}), original, "GPOS"),
+              structure);
+    // The second lookup's base moved: it pairs with the original's second lookup.
+    EXPECT_EQ(CompareDeltas(font({kerning, {4, {MarkBase(300)}}, {4, {MarkBase(330)}}}, {1, 2}), original, "GPOS"),
+              structure + "### Changed 'mark' rules:\n"
+                          "\tBase (mod ):\t2 lookup 2: class 0 (330, 500)\n\tBase (orig):\t2 lookup 1: class 0 (320, 500)\n");
+    // One mark lookup fewer: the second lookup's rules are the ones deleted.
+    EXPECT_THAT(CompareDeltas(font({{4, {MarkBase(300)}}}, {0}), original, "GPOS"),
+                HasSubstr("### Deleted 'mark' rules (in original font but not in modified font):\n"
+                          "\tBase:\t2 lookup 1: class 0 (320, 500)\n\tMark:\t3 lookup 1: class 0 (10, 20)\n"));
+}
+
 TEST(Layout, ClassesCaretsSetsAndKerningFlatten) {
     std::string rules = Rules(VellReadGDEF(VellView(MakeGdef())));
     EXPECT_EQ(ListOf(rules, "glyph classes"), "Glyph class: 2: Base\nGlyph class: 3: Mark\n");

@@ -27,6 +27,25 @@ constexpr size_t kWorkPerRule = 16;
 
 std::string Decimal(int64_t value) { return std::to_string(value); }
 
+// A lookup's index where it names the lookup a rule comes from: printed, but not
+// compared, so that a font whose lookup list is renumbered (a lookup inserted
+// before it) pairs each rule with its namesake in the other font's list.
+std::string LookupIndexText(uint16_t lookupIndex) {
+    return std::string(1, kVellLayoutStorage) + Decimal(lookupIndex) + kVellLayoutStorage;
+}
+
+// A key as two fonts' rules are compared on: without its storage text.
+std::string_view ComparedKey(std::string_view key, std::string& scratch) {
+    if (key.find(kVellLayoutStorage) == std::string_view::npos) return key;
+    scratch.clear();
+    bool storage = false;
+    for (char c : key) {
+        if (c == kVellLayoutStorage) storage = !storage;
+        else if (!storage) scratch.push_back(c);
+    }
+    return scratch;
+}
+
 std::string TagText(uint32_t tag) {
     std::string text = "'";
     for (int shift = 24; shift >= 0; shift -= 8) {
@@ -638,7 +657,7 @@ void Flattener::Context(VellView subtable, bool chained, uint16_t lookupIndex, s
 // Format 2: rules over classes. The classes are the subtable's own, so its rules
 // are named by lookup and subtable, and each class's glyphs are listed too.
 void Flattener::ClassContext(VellView subtable, bool chained, uint16_t lookupIndex, size_t subtableIndex) {
-    std::string where = "lookup " + Decimal(lookupIndex) + " subtable " + Decimal(subtableIndex);
+    std::string where = "lookup " + LookupIndexText(lookupIndex) + " subtable " + Decimal(subtableIndex);
     static constexpr const char* kParts[] = {"backtrack", "input", "lookahead"};
     size_t classDefs = chained ? 3 : 1;
     for (size_t c = 0; c < classDefs; ++c) {
@@ -903,7 +922,7 @@ void FlattenMarkAttachment(Flattener& out, const Lookup& lookup, uint16_t lookup
                            const VellDeltaSetText& deltaSets) {
     static constexpr const char* kBaseLabels[] = {"Base", "Ligature", "Mark2"};
     const char* baseLabel = kBaseLabels[lookup.type - 4];
-    std::string where = " lookup " + Decimal(lookupIndex);
+    std::string where = " lookup " + LookupIndexText(lookupIndex);
     for (VellView subtable : lookup.subtables) {
         if (out.budget().cut() || subtable.u16(0) != 1) continue;
         std::vector<uint16_t> marks = out.Coverage(subtable, subtable.u16(2));
@@ -971,7 +990,7 @@ void FlattenPositioning(Flattener& out, const Lookup& lookup, uint16_t lookupInd
                 std::vector<uint16_t> coverage = out.Coverage(subtable, subtable.u16(2));
                 size_t count = std::min(coverage.size(), subtable.records_that_fit(6, subtable.u16(4), 4));
                 for (size_t i = 0; i < count; ++i) {
-                    out.Add("Cursive", RuleText().Glyph(coverage[i]).Text(" lookup " + Decimal(lookupIndex)),
+                    out.Add("Cursive", RuleText().Glyph(coverage[i]).Text(" lookup " + LookupIndexText(lookupIndex)),
                             RuleText().Text("entry " + AnchorText(subtable, subtable.u16(6 + 4 * i), deltaSets) + ", exit " +
                                             AnchorText(subtable, subtable.u16(8 + 4 * i), deltaSets)));
                 }
@@ -998,17 +1017,23 @@ void SortRules(std::vector<VellLayoutRule>& rules) {
     auto keyOf = [](const VellLayoutRule& rule) {
         return std::span<const uint16_t>(rule.glyphs.data(), std::min(rule.keyGlyphs, rule.glyphs.size()));
     };
+    // Rules that differ only in the lookup they come from keep the order of their
+    // lookups, so that the n-th of them pairs with the n-th of the other font.
     auto before = [&keyOf](const VellLayoutRule& a, const VellLayoutRule& b) {
         std::span<const uint16_t> ka = keyOf(a), kb = keyOf(b);
         if (!std::equal(ka.begin(), ka.end(), kb.begin(), kb.end()))
             return std::lexicographical_compare(ka.begin(), ka.end(), kb.begin(), kb.end());
-        if (a.key != b.key) return a.key < b.key;
+        std::string scratchA, scratchB;
+        std::string_view compareA = ComparedKey(a.key, scratchA), compareB = ComparedKey(b.key, scratchB);
+        if (compareA != compareB) return compareA < compareB;
         return std::string_view(a.label) < b.label;
     };
     std::stable_sort(rules.begin(), rules.end(), before);
+    // Subtables of one lookup that name one glyph again make one rule of it.
     size_t kept = 0;
     for (size_t i = 0; i < rules.size(); ++i) {
-        if (kept > 0 && !before(rules[kept - 1], rules[i]) && !before(rules[i], rules[kept - 1])) {
+        if (kept > 0 && rules[kept - 1].key == rules[i].key && !before(rules[kept - 1], rules[i]) &&
+            !before(rules[i], rules[kept - 1])) {
             VellLayoutRule& first = rules[kept - 1];
             first.value += "; " + rules[i].value;
             first.glyphs.insert(first.glyphs.end(), rules[i].glyphs.begin() + static_cast<std::ptrdiff_t>(rules[i].keyGlyphs),
@@ -1400,26 +1425,45 @@ VellLayoutDelta VellCompareLayoutRules(const VellLayoutRuleList* modified, const
         AppendRuleText(parts.second, rule.value, rule.glyphs, next, text, true);
         return parts;
     };
-    std::unordered_map<std::string, std::pair<std::string, const VellLayoutRule*>> originals;
+    // A key that several rules share (one glyph's anchors in two lookups of a
+    // feature) pairs its rules in order: the first with the first, and so on.
+    // Each original rule is one entry, chained to the next of its key.
+    constexpr size_t kNone = SIZE_MAX;
+    struct Entry {
+        std::string value;
+        size_t next = kNone;
+    };
+    std::vector<Entry> entries;
+    std::unordered_map<std::string, std::pair<size_t, size_t>> originals;  // key: first unmatched entry, last entry
     if (original) {
         VellGlyphText text = identity(originalGlyphs);
+        entries.reserve(original->rules.size());
         for (const VellLayoutRule& rule : original->rules) {
             auto [key, value] = split(rule, text);
-            originals.emplace(std::move(key), std::make_pair(std::move(value), &rule));
+            size_t index = entries.size();
+            entries.push_back({std::move(value)});
+            auto [found, inserted] = originals.try_emplace(std::move(key), index, index);
+            if (!inserted) {
+                if (found->second.first == kNone) found->second.first = index;
+                else entries[found->second.second].next = index;
+                found->second.second = index;
+            }
         }
     }
-    std::vector<bool> matched(original ? original->rules.size() : 0, false);
+    std::vector<bool> matched(entries.size(), false);
     if (modified) {
         VellGlyphText text = identity(modifiedGlyphs);
         for (const VellLayoutRule& rule : modified->rules) {
             auto [key, value] = split(rule, text);
             auto found = originals.find(key);
-            if (found == originals.end()) {
+            if (found == originals.end() || found->second.first == kNone) {
                 delta.added.push_back(&rule);
                 continue;
             }
-            if (found->second.first != value) delta.changed.push_back({&rule, found->second.second});
-            matched[static_cast<size_t>(found->second.second - original->rules.data())] = true;
+            size_t index = found->second.first;
+            found->second.first = entries[index].next;
+            if (entries[index].value != value) delta.changed.push_back({&rule, &original->rules[index]});
+            matched[index] = true;
         }
     }
     if (original) {

@@ -338,7 +338,9 @@ TEST(Layout, AFontWhosePostNamesNoGlyphMatchesByItsCharset) {
         for (size_t cut = 0; cut < c.modifiedCff.size(); ++cut) {
             modified["CFF "] = Bytes(c.modifiedCff.begin(), c.modifiedCff.begin() + static_cast<ptrdiff_t>(cut));
             std::string cutReport = CompareDeltas(modified, original, "GPOS");
-            if (cut < 40) EXPECT_THAT(cutReport, HasSubstr("### Added 'kern' rules")) << c.fault << cut;
+            if (cut < 40) {
+                EXPECT_THAT(cutReport, HasSubstr("### Added 'kern' rules")) << c.fault << cut;
+            }
         }
     }
 }

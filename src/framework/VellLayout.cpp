@@ -498,8 +498,9 @@ std::vector<RuleSection> RuleSections(const LayoutHeader& header) {
             for (const LangSys& langSys : header.langSystems) {
                 std::vector<uint16_t> indices = langSys.features;
                 if (langSys.requiredFeature != 0xFFFF) indices.push_back(langSys.requiredFeature);
+                uint32_t featureTag = tag;  // a structured binding no lambda may capture before clang 16
                 bool uses = std::any_of(indices.begin(), indices.end(), [&](uint16_t index) {
-                    return index < header.features.size() && header.features[index].tag == tag &&
+                    return index < header.features.size() && header.features[index].tag == featureTag &&
                            header.features[index].lookups == lookups;
                 });
                 if (!uses) continue;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <map>
 #include <span>
 #include <set>
@@ -1371,21 +1372,40 @@ VellLayoutAccount VellReadKern(VellView table) {
 namespace {
 
 // A rule's key or value with each glyph written by glyphText; `next` is the
-// rule's next unwritten glyph. The text between kVellLayoutStorage brackets is
-// written only when it is printed, not when it is compared.
+// rule's next unwritten glyph. The kVellLayoutStorage brackets are not printed.
 void AppendRuleText(std::string& out, std::string_view text, const std::vector<uint16_t>& glyphs, size_t& next,
-                    const VellGlyphText& glyphText, bool compared = false) {
+                    const VellGlyphText& glyphText) {
+    for (char c : text) {
+        if (c == kVellLayoutGlyph) {
+            if (next < glyphs.size()) out += glyphText(glyphs[next++]);
+        } else if (c != kVellLayoutStorage) {
+            out.push_back(c);
+        }
+    }
+}
+
+// The same text in the terms two fonts' rules are compared on: each glyph as
+// "/name" (names given) or "#number", and without the text between storage
+// brackets. Written in place: the comparison builds it for every rule of both fonts.
+void AppendComparedText(std::string& out, std::string_view text, const std::vector<uint16_t>& glyphs, size_t& next,
+                        const std::vector<std::string>* names) {
     bool storage = false;
     for (char c : text) {
         if (c == kVellLayoutStorage) {
             storage = !storage;
-        } else if (c == kVellLayoutGlyph) {
-            if (next < glyphs.size()) {
-                if (compared && storage) ++next;
-                else out += glyphText(glyphs[next++]);
+        } else if (c != kVellLayoutGlyph) {
+            if (!storage) out.push_back(c);
+        } else if (next < glyphs.size()) {
+            uint16_t glyph = glyphs[next++];
+            if (storage) continue;
+            if (names && glyph < names->size()) {
+                out.push_back('/');
+                out += (*names)[glyph];
+            } else {
+                char number[8];
+                out.push_back('#');
+                out.append(number, std::to_chars(number, number + sizeof number, glyph).ptr);
             }
-        } else if (!(compared && storage)) {
-            out.push_back(c);
         }
     }
 }
@@ -1412,18 +1432,13 @@ VellLayoutDelta VellCompareLayoutRules(const VellLayoutRuleList* modified, const
     bool byName = !modifiedGlyphs.names.empty() && !originalGlyphs.names.empty();
     // Key and value in terms both fonts share; the two parts are split by a tab,
     // which no rule text holds.
-    auto identity = [byName](const VellGlyphIdentity& glyphs) -> VellGlyphText {
-        return [byName, &glyphs](uint16_t glyph) {
-            if (byName && glyph < glyphs.names.size()) return "/" + glyphs.names[glyph];
-            return "#" + std::to_string(glyph);
-        };
-    };
-    auto split = [](const VellLayoutRule& rule, const VellGlyphText& text) {
+    auto split = [byName](const VellLayoutRule& rule, const VellGlyphIdentity& glyphs) {
+        const std::vector<std::string>* names = byName ? &glyphs.names : nullptr;
         std::pair<std::string, std::string> parts;
         size_t next = 0;
         parts.first = std::string(rule.label) + "\t";
-        AppendRuleText(parts.first, rule.key, rule.glyphs, next, text, true);
-        AppendRuleText(parts.second, rule.value, rule.glyphs, next, text, true);
+        AppendComparedText(parts.first, rule.key, rule.glyphs, next, names);
+        AppendComparedText(parts.second, rule.value, rule.glyphs, next, names);
         return parts;
     };
     // A key that several rules share (one glyph's anchors in two lookups of a
@@ -1437,10 +1452,9 @@ VellLayoutDelta VellCompareLayoutRules(const VellLayoutRuleList* modified, const
     std::vector<Entry> entries;
     std::unordered_map<std::string, std::pair<size_t, size_t>> originals;  // key: first unmatched entry, last entry
     if (original) {
-        VellGlyphText text = identity(originalGlyphs);
         entries.reserve(original->rules.size());
         for (const VellLayoutRule& rule : original->rules) {
-            auto [key, value] = split(rule, text);
+            auto [key, value] = split(rule, originalGlyphs);
             size_t index = entries.size();
             entries.push_back({std::move(value)});
             auto [found, inserted] = originals.try_emplace(std::move(key), index, index);
@@ -1453,9 +1467,8 @@ VellLayoutDelta VellCompareLayoutRules(const VellLayoutRuleList* modified, const
     }
     std::vector<bool> matched(entries.size(), false);
     if (modified) {
-        VellGlyphText text = identity(modifiedGlyphs);
         for (const VellLayoutRule& rule : modified->rules) {
-            auto [key, value] = split(rule, text);
+            auto [key, value] = split(rule, modifiedGlyphs);
             auto found = originals.find(key);
             if (found == originals.end() || found->second.first == kNone) {
                 delta.added.push_back(&rule);

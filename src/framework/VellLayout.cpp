@@ -1030,7 +1030,7 @@ void SortRules(std::vector<VellLayoutRule>& rules) {
         if (compareA != compareB) return compareA < compareB;
         return std::string_view(a.label) < b.label;
     };
-    std::stable_sort(rules.begin(), rules.end(), before);
+    if (!std::is_sorted(rules.begin(), rules.end(), before)) std::stable_sort(rules.begin(), rules.end(), before);
     // Subtables of one lookup that name one glyph again make one rule of it.
     size_t kept = 0;
     for (size_t i = 0; i < rules.size(); ++i) {

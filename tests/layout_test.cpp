@@ -122,6 +122,10 @@ TEST(Layout, ComparisonPrintsOnlyChangedRulesInTheReportsVocabulary) {
     }
     // Both fonts name every glyph: an inserted glyph renumbers A and B but changes no rule.
     EXPECT_EQ(CompareDeltas(KernedFont(-80, true), KernedFont(-80), "GPOS"), "");
+    // The same glyph numbers under other names are other glyphs.
+    FontTables renamed = KernedFont(-80);
+    renamed["post"] = MakePost({".notdef", "space", "A", "C"});
+    EXPECT_THAT(CompareDeltas(renamed, KernedFont(-80), "GPOS"), HasSubstr("### Added 'kern' rules"));
     // Without names, glyph numbers decide, and the moved pairs read as added and deleted.
     FontTables modified = KernedFont(-80, true), original = KernedFont(-80);
     SetU32(modified["post"], 0, 0x00030000);

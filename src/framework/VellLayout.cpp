@@ -1441,6 +1441,31 @@ VellLayoutDelta VellCompareLayoutRules(const VellLayoutRuleList* modified, const
         AppendComparedText(parts.second, rule.value, rule.glyphs, next, names);
         return parts;
     };
+    // Rules alike in both fonts, glyph for glyph, that open or close both lists
+    // (most of a list an edit leaves alone) pair as they stand.
+    std::span<const VellLayoutRule> mine, theirs;
+    if (modified) mine = modified->rules;
+    if (original) theirs = original->rules;
+    auto alike = [&](const VellLayoutRule& a, const VellLayoutRule& b) {
+        if (a.key != b.key || a.value != b.value || a.glyphs != b.glyphs || std::string_view(a.label) != b.label)
+            return false;
+        if (!byName) return true;
+        for (uint16_t glyph : a.glyphs) {
+            if (glyph >= modifiedGlyphs.names.size() || glyph >= originalGlyphs.names.size() ||
+                modifiedGlyphs.names[glyph] != originalGlyphs.names[glyph])
+                return false;
+        }
+        return true;
+    };
+    while (!mine.empty() && !theirs.empty() && alike(mine.front(), theirs.front())) {
+        mine = mine.subspan(1);
+        theirs = theirs.subspan(1);
+    }
+    while (!mine.empty() && !theirs.empty() && alike(mine.back(), theirs.back())) {
+        mine = mine.first(mine.size() - 1);
+        theirs = theirs.first(theirs.size() - 1);
+    }
+
     // A key that several rules share (one glyph's anchors in two lookups of a
     // feature) pairs its rules in order: the first with the first, and so on.
     // Each original rule is one entry, chained to the next of its key.
@@ -1451,39 +1476,33 @@ VellLayoutDelta VellCompareLayoutRules(const VellLayoutRuleList* modified, const
     };
     std::vector<Entry> entries;
     std::unordered_map<std::string, std::pair<size_t, size_t>> originals;  // key: first unmatched entry, last entry
-    if (original) {
-        entries.reserve(original->rules.size());
-        for (const VellLayoutRule& rule : original->rules) {
-            auto [key, value] = split(rule, originalGlyphs);
-            size_t index = entries.size();
-            entries.push_back({std::move(value)});
-            auto [found, inserted] = originals.try_emplace(std::move(key), index, index);
-            if (!inserted) {
-                if (found->second.first == kNone) found->second.first = index;
-                else entries[found->second.second].next = index;
-                found->second.second = index;
-            }
+    entries.reserve(theirs.size());
+    for (const VellLayoutRule& rule : theirs) {
+        auto [key, value] = split(rule, originalGlyphs);
+        size_t index = entries.size();
+        entries.push_back({std::move(value)});
+        auto [found, inserted] = originals.try_emplace(std::move(key), index, index);
+        if (!inserted) {
+            if (found->second.first == kNone) found->second.first = index;
+            else entries[found->second.second].next = index;
+            found->second.second = index;
         }
     }
     std::vector<bool> matched(entries.size(), false);
-    if (modified) {
-        for (const VellLayoutRule& rule : modified->rules) {
-            auto [key, value] = split(rule, modifiedGlyphs);
-            auto found = originals.find(key);
-            if (found == originals.end() || found->second.first == kNone) {
-                delta.added.push_back(&rule);
-                continue;
-            }
-            size_t index = found->second.first;
-            found->second.first = entries[index].next;
-            if (entries[index].value != value) delta.changed.push_back({&rule, &original->rules[index]});
-            matched[index] = true;
+    for (const VellLayoutRule& rule : mine) {
+        auto [key, value] = split(rule, modifiedGlyphs);
+        auto found = originals.find(key);
+        if (found == originals.end() || found->second.first == kNone) {
+            delta.added.push_back(&rule);
+            continue;
         }
+        size_t index = found->second.first;
+        found->second.first = entries[index].next;
+        if (entries[index].value != value) delta.changed.push_back({&rule, &theirs[index]});
+        matched[index] = true;
     }
-    if (original) {
-        for (size_t i = 0; i < original->rules.size(); ++i) {
-            if (!matched[i]) delta.deleted.push_back(&original->rules[i]);
-        }
+    for (size_t i = 0; i < theirs.size(); ++i) {
+        if (!matched[i]) delta.deleted.push_back(&theirs[i]);
     }
     return delta;
 }

@@ -279,9 +279,9 @@ Bytes CharsetCff(const std::vector<uint16_t>& sids, uint8_t format, bool cidKeye
         TableWriter out;
         out.U16(static_cast<uint32_t>(objects.size()));
         if (objects.empty()) return Bytes(out);
-        out.U8(1).U8(1);
+        out.U8(2).U16(1);
         uint32_t at = 1;
-        for (const std::string& object : objects) out.U8(at += static_cast<uint32_t>(object.size()));
+        for (const std::string& object : objects) out.U16(at += static_cast<uint32_t>(object.size()));
         for (const std::string& object : objects)
             for (char c : object) out.U8(static_cast<uint8_t>(c));
         return Bytes(out);
@@ -327,6 +327,8 @@ TEST(Layout, AFontWhosePostNamesNoGlyphMatchesByItsCharset) {
          CharsetCff({1, 34, 35}, 0, false), true},
         {"a charset of fewer glyphs than 'maxp' counts names none", CharsetCff({1, 391, 34}, 0, false, custom),
          CharsetCff({1, 34, 35}, 0, false), true},
+        {"a string far longer than a glyph name is a damaged String INDEX",
+         CharsetCff({1, 391, 34, 35}, 0, false, {std::string(300, 'x')}), CharsetCff({1, 34, 35}, 0, false), true},
     };
     for (const Case& c : cases) {
         FontTables modified = KernedFont(-80, true), original = KernedFont(-80);

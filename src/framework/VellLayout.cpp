@@ -1579,6 +1579,7 @@ CFFTopDict ReadCFFTopDict(VellView dict) {
 // ones name no glyph beyond the standard strings) or its glyphs cannot be counted.
 std::vector<std::string> CFFCharsetNames(VellView cff, uint32_t glyphCount) {
     constexpr size_t kStandardStrings = 391;
+    constexpr size_t kLongestGlyphName = 255;
     CFFIndex names = ReadCFFIndex(cff, cff.u8(2));
     CFFIndex topDicts = ReadCFFIndex(cff, names.end);
     CFFIndex strings = ReadCFFIndex(cff, topDicts.end);
@@ -1618,7 +1619,10 @@ std::vector<std::string> CFFCharsetNames(VellView cff, uint32_t glyphCount) {
             text.push_back("SID " + Decimal(sid));
         } else if (size_t i = sid - kStandardStrings; i < strings.count) {
             size_t start = CFFOffset(cff, strings, i), end = CFFOffset(cff, strings, i + 1);
-            if (end < start) return {};
+            // Glyph names are short (63 characters by convention); a far longer one is
+            // a damaged String INDEX, which would otherwise copy much of the table
+            // once per glyph.
+            if (end < start || end - start > kLongestGlyphName) return {};
             text.emplace_back(cff.chars(strings.data + start, end - start));
         } else {
             return {};

@@ -100,8 +100,9 @@ std::string VellLayoutRuleText(const VellLayoutRule& rule, const VellGlyphText& 
 struct VellGlyphIdentity {
     std::vector<std::string> names;
 };
-// The one source of glyph names for matching: a format 2 'post' that names every
-// glyph, each name once.
+// The sources of glyph names for matching: a format 2 'post' that names every
+// glyph, or else the charset of 'CFF ' (glyph names, or CIDs in a CID-keyed font);
+// either must name each glyph once.
 VellGlyphIdentity VellLayoutGlyphIdentity(VellFontRef font);
 
 // Two lists' rules matched by key: glyph names when both identities have them,

@@ -5,11 +5,16 @@
 
 #include "VellCmpErrors.h"
 #include "tables/EBSC.h"
+#include "tables/HVAR_VVAR.h"
+#include "tables/MVAR.h"
 #include "tables/OS2.h"
+#include "tables/STAT.h"
+#include "tables/avar.h"
 #include "tables/bdat.h"
 #include "tables/cmap.h"
 #include "tables/cvt.h"
 #include "tables/feat.h"
+#include "tables/fvar.h"
 #include "tables/glyf.h"
 #include "tables/gvar.h"
 #include "tables/hdmx.h"
@@ -42,6 +47,7 @@ std::unique_ptr<TTableComparator> MakeNoComparator(TFontContext&, TFontContext&,
 constexpr auto kFactory = DumperReach::Factory;
 constexpr auto kVelldump = DumperReach::VelldumpOnly;
 constexpr auto kClassic = HandlerSet::Classic;
+constexpr auto kOpenType = HandlerSet::OpenType;
 
 const TableHandler kTableHandlers[] = {
     {VellMakeTag("EBSC"), kClassic, MakeComparator<TEBSCTableComparator>, MakeDumper<TEBSCTableDumper>, kVelldump},
@@ -68,6 +74,16 @@ const TableHandler kTableHandlers[] = {
     {VellMakeTag("prop"), kClassic, MakeComparator<TPROPTableComparator>, MakeDumper<TPROPTableDumper>, kVelldump},
     {VellMakeTag("vhea"), kClassic, MakeComparator<TVHEATableComparator>, MakeDumper<TVHEATableDumper>, kVelldump},
     {VellMakeTag("vmtx"), kClassic, MakeComparator<TVMTXTableComparator>, MakeDumper<TVMTXTableDumper>, kVelldump},
+    // The variable tables, under --opentype; 'gvar' keeps its classic dumper.
+    {VellMakeTag("HVAR"), kOpenType, MakeComparator<THVARTableComparator>, MakeDumper<THVARTableDumper>, kVelldump},
+    {VellMakeTag("MVAR"), kOpenType, MakeComparator<TMVARTableComparator>, MakeDumper<TMVARTableDumper>, kVelldump},
+    {VellMakeTag("STAT"), kOpenType, MakeComparator<TSTATTableComparator>, MakeDumper<TSTATTableDumper>, kVelldump,
+     true},
+    {VellMakeTag("VVAR"), kOpenType, MakeComparator<TVVARTableComparator>, MakeDumper<TVVARTableDumper>, kVelldump},
+    {VellMakeTag("avar"), kOpenType, MakeComparator<TAVARTableComparator>, MakeDumper<TAVARTableDumper>, kVelldump},
+    {VellMakeTag("fvar"), kOpenType, MakeComparator<TFVARTableComparator>, MakeDumper<TFVARTableDumper>, kVelldump,
+     true},
+    {VellMakeTag("gvar"), kOpenType, MakeComparator<TGVARTableComparator>, nullptr},
 };
 
 // The first row of this tag that has what `has` asks for: an OpenType row under

@@ -43,7 +43,8 @@ VellView StoreOf(VellView table) {
 }
 
 // One record per glyph: its deltas per metric, each beside its region.
-VariationRecords GlyphRecords(VellView table, VellTag tag, uint32_t glyphCount, VariationBudget& budget) {
+VariationRecords GlyphRecords(VellView table, VellTag tag, TFontContext* font, VariationBudget& budget) {
+    uint32_t glyphCount = font != nullptr ? font->GlyphCount() : 0;
     VellItemVariationStore store(StoreOf(table));
     struct Map {
         VellDeltaSetIndexMap map;
@@ -58,7 +59,7 @@ VariationRecords GlyphRecords(VellView table, VellTag tag, uint32_t glyphCount, 
     VariationRecords records;
     for (uint32_t glyph = 0; glyph < glyphCount && !maps.empty(); ++glyph) {
         std::string name = "Glyph " + std::to_string(glyph);
-        VariationRecord record{name, name, {}};
+        VariationRecord record{name, GlyphHeading(font, glyph), {}};
         for (const Map& map : maps) {
             VellDeltaSetIndex index = map.map.Entry(glyph);
             VellDeltaSet set = store.DeltaSet(index.outer, index.inner);
@@ -78,9 +79,8 @@ int32_t THVARTableDumper::DumpTableContents() {
     VellView table = GetTableView();
     DumpFieldRows(1, kMetricsVariationsHeaderRows, table);
     DumpItemVariationStore(*this, StoreOf(table), FontAxisTags(GetContext()));
-    uint32_t glyphCount = GetContext() != nullptr ? GetContext()->GlyphCount() : 0;
     VariationBudget budget(table.size());
-    DumpVariationRecords(*this, 1, GlyphRecords(table, GetTableTag(), glyphCount, budget));
+    DumpVariationRecords(*this, 1, GlyphRecords(table, GetTableTag(), GetContext(), budget));
     if (budget.Spent()) PrintBudgetSpent(*this);
     return 0;
 }
@@ -91,11 +91,9 @@ int32_t THVARTableComparator::DumpTableDeltas() {
     CompareFieldRows(1, kMetricsVariationsHeaderRows, modified, original);
     CompareItemVariationStores(*this, StoreOf(modified), FontAxisTags(GetModifiedContext()), StoreOf(original),
                                FontAxisTags(GetOriginalContext()));
-    uint32_t modifiedGlyphs = GetModifiedContext() != nullptr ? GetModifiedContext()->GlyphCount() : 0;
-    uint32_t originalGlyphs = GetOriginalContext() != nullptr ? GetOriginalContext()->GlyphCount() : 0;
     VariationBudget budget(modified.size() + original.size());
-    CompareVariationRecords(*this, "glyph deltas", GlyphRecords(modified, GetTableTag(), modifiedGlyphs, budget),
-                            GlyphRecords(original, GetTableTag(), originalGlyphs, budget));
+    CompareVariationRecords(*this, "glyph deltas", GlyphRecords(modified, GetTableTag(), GetModifiedContext(), budget),
+                            GlyphRecords(original, GetTableTag(), GetOriginalContext(), budget));
     if (budget.Spent()) PrintBudgetSpent(*this);
     return 0;
 }

@@ -111,6 +111,15 @@ std::string RegionText(const std::vector<VellRegionAxis>& region, const std::vec
     return text.empty() ? "none" : text;
 }
 
+std::string GlyphHeading(TFontContext* font, uint32_t glyph) {
+    std::string heading = "Glyph " + std::to_string(glyph);
+    if (gShowPostScriptNames && font != nullptr) {
+        std::string name = font->GlyphName(glyph);
+        if (!name.empty()) heading += " (" + name + ")";
+    }
+    return heading;
+}
+
 std::string DeltaSetText(const VellDeltaSet& set) {
     std::string text;
     for (size_t i = 0; i < set.deltas.size(); ++i) {

@@ -52,6 +52,8 @@ std::string AxisText(const std::vector<VellTag>& axisTags, size_t axis);
 // A region's axes with a peak: "'wght' 1.000000 (0.000000 to 1.000000)"; "none"
 // when no axis has one.
 std::string RegionText(const std::vector<VellRegionAxis>& region, const std::vector<VellTag>& axisTags);
+// "Glyph 12", and with -p its name from 'post': "Glyph 12 (A)".
+std::string GlyphHeading(TFontContext* font, uint32_t glyph);
 // Deltas beside their regions: "region 0: -12, region 3: 40"; "none" when empty.
 std::string DeltaSetText(const VellDeltaSet& set);
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "VellCmpErrors.h"
 #include "framework/VellTupleVariations.h"
 #include "tables/VariationReport.h"
 
@@ -195,11 +194,7 @@ int32_t TGVARTableComparator::DumpTableDeltas() {
     for (size_t glyph = 0; glyph < glyphCount && allowance > 0; ++glyph) {
         VellView modifiedGlyph = modified.Glyph(glyph), originalGlyph = original.Glyph(glyph);
         if (sameContext && modifiedGlyph == originalGlyph) continue;
-        std::string name = "Glyph " + std::to_string(glyph);
-        if (gShowPostScriptNames && GetModifiedContext() != nullptr) {
-            std::string postName = GetModifiedContext()->GlyphName(static_cast<uint32_t>(glyph));
-            if (!postName.empty()) name += " (" + postName + ")";
-        }
+        std::string name = GlyphHeading(GetModifiedContext(), static_cast<uint32_t>(glyph));
         AppendGlyphRecords(modifiedRecords, name,
                            VellReadGlyphVariations(modifiedGlyph, modified.sharedTuples, modified.axisCount, &allowance),
                            modifiedAxes);

@@ -14,19 +14,8 @@ namespace {
 
 constexpr char kHexDigits[] = "0123456789ABCDEF";
 constexpr size_t kHexDumpRowBytes = 16;
-
-void AppendHexByte(std::string& row, uint8_t byte) {
-    row.push_back(kHexDigits[byte >> 4]);
-    row.push_back(kHexDigits[byte & 0xF]);
-    row.push_back(' ');
-}
-
-// The hex offset column of a listing row: "0x%08lX\t".
-void AppendOffset(std::string& row, size_t offset) {
-    char text[32];
-    int length = std::snprintf(text, sizeof text, "0x%08lX\t", static_cast<unsigned long>(offset));
-    row.append(text, static_cast<size_t>(length));
-}
+// A hex dump row is at most this long: offset, bytes, character column, line end.
+constexpr size_t kHexDumpRowChars = 11 + 3 * kHexDumpRowBytes + 3 + kHexDumpRowBytes + 1;
 
 // The colours of --color: the modified value of a changed-value pair, the
 // original value, and a row of a hex difference whose bytes differ.
@@ -125,6 +114,21 @@ std::string VellFormat(const char* format, ...) {
     return text;
 }
 
+char* PutHexOffset(char* at, size_t offset) {
+    char digits[16];
+    int count = 0;
+    do {
+        digits[count++] = kHexDigits[offset & 0xF];
+        offset >>= 4;
+    } while (offset != 0);
+    *at++ = '0';
+    *at++ = 'x';
+    for (int pad = 8 - count; pad > 0; --pad) *at++ = '0';
+    while (count > 0) *at++ = digits[--count];
+    *at++ = '\t';
+    return at;
+}
+
 std::string PostScriptGlyphName(const VellHandle& post, uint32_t glyphCount, uint32_t glyph) {
     std::string name;
     if (!post || glyph >= glyphCount) return name;
@@ -172,21 +176,13 @@ uint32_t TTableDumper::GetGlyphUnicode(uint32_t) { return 0xFFFF; }
 int32_t TTableDumper::DumpTableContents() {
     if (!fTable || fOutput == nullptr) return 1;
     VellView table = GetTableView();
-    std::string row;
     for (size_t offset = 0; offset < table.size(); offset += kHexDumpRowBytes) {
         size_t count = std::min(kHexDumpRowBytes, table.size() - offset);
-        row.clear();
-        AppendOffset(row, offset);
-        for (size_t i = 0; i < count; ++i) AppendHexByte(row, table.u8(offset + i));
-        row.append(3 * (kHexDumpRowBytes - count), ' ');
-        row.append("\t|\t");
-        for (size_t i = 0; i < count; ++i) {
-            uint8_t byte = table.u8(offset + i);
-            row.push_back(IsUnprintableByte(byte) ? kUnprintableMark : static_cast<char>(byte));
-        }
-        row.append(kHexDumpRowBytes - count, ' ');
-        row.push_back('\n');
-        WriteRaw(row);
+        char row[kHexDumpRowChars];
+        char* at = PutHexOffset(row, offset);
+        at = PutHexSide(at, table, offset, count, kHexDumpRowBytes, [](size_t, uint8_t byte) { return byte; });
+        *at++ = '\n';
+        WriteRaw({row, static_cast<size_t>(at - row)});
     }
     return 0;
 }
@@ -505,18 +501,6 @@ void TTableDumper::DumpFieldRows(int indent, std::span<const FieldRow> rows, Vel
 
 uint32_t TTableDumper::GetTableSize() const { return fTable ? static_cast<uint32_t>(fTable->bytes.size()) : 0; }
 
-void TTableDumper::LockHandle(const VellHandle& handle) {
-    ErrorRecord record;
-    VelmHLock(handle, &record);
-    ThrowIfVellError(record);
-}
-
-void TTableDumper::UnlockHandle(const VellHandle& handle) {
-    ErrorRecord record;
-    VelmHUnlock(handle, &record);
-    ThrowIfVellError(record);
-}
-
 uint32_t TTableDumper::GetHandleSize(const VellHandle& handle) {
     ErrorRecord record;
     uint32_t size = VelmGetHandleSize(handle, &record);
@@ -524,14 +508,3 @@ uint32_t TTableDumper::GetHandleSize(const VellHandle& handle) {
     return size;
 }
 
-void TTableDumper::DisposeHandle(VellHandle& handle) {
-    ErrorRecord record;
-    VelmDisposeHandle(handle, &record);
-    ThrowIfVellError(record);
-}
-
-void TTableDumper::CopyHandle(VellHandle& handle) {
-    ErrorRecord record;
-    handle = VelmHandToHand(handle, &record);
-    ThrowIfVellError(record);
-}

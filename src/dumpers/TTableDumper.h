@@ -3,6 +3,7 @@
 // report's line formats live in this class alone.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <span>
@@ -85,15 +86,7 @@ public:
     // The font's context, for handlers built in the handler form; null otherwise.
     TFontContext* GetContext() const { return fContext; }
     virtual int GetHandlerKind() const { return 0; }
-
-    // Classic block operations, kept for the interface; blocks never move here.
-    void LockHandleHigh(const VellHandle& handle) { LockHandle(handle); }
-    void MoveHandleHigh(const VellHandle&) {}
-    void LockHandle(const VellHandle& handle);
-    void UnlockHandle(const VellHandle& handle);
     uint32_t GetHandleSize(const VellHandle& handle);
-    void DisposeHandle(VellHandle& handle);
-    void CopyHandle(VellHandle& handle);
 
 protected:
     // Writes bytes with no "%%" folding: pieces of the hex listings, which the
@@ -134,6 +127,15 @@ inline bool IsUnprintableByte(uint8_t byte) {
 }
 inline constexpr char kUnprintableMark = static_cast<char>(0xC2);
 
+// The pieces of a hex listing's row, written into a buffer: the offset column
+// ("0x%08lX\t"), then count bytes ("%02X " each) padded with three blanks for each
+// of the row's missing bytes, then "\t|\t" and the character column, whose byte i
+// is shown(i, byte) or the unprintable mark, padded with a blank for each missing
+// byte. Each returns where the next piece goes.
+char* PutHexOffset(char* at, size_t offset);
+template <typename Shown>
+char* PutHexSide(char* at, VellView bytes, size_t offset, size_t count, size_t rowBytes, Shown shown);
+
 // A glyph's PostScript name from a font's own 'post' table: empty without one, or
 // for a glyph at or past the font's glyph count. A framework failure throws.
 std::string PostScriptGlyphName(const VellHandle& post, uint32_t glyphCount, uint32_t glyph);
@@ -149,3 +151,22 @@ void AppendPoint(std::string& out, int32_t x, int32_t y);
 
 // printf into a std::string.
 std::string VellFormat(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+template <typename Shown>
+char* PutHexSide(char* at, VellView bytes, size_t offset, size_t count, size_t rowBytes, Shown shown) {
+    constexpr char kHexDigits[] = "0123456789ABCDEF";
+    for (size_t i = 0; i < count; ++i) {
+        uint8_t byte = bytes.u8(offset + i);
+        *at++ = kHexDigits[byte >> 4];
+        *at++ = kHexDigits[byte & 0xF];
+        *at++ = ' ';
+    }
+    for (size_t i = count; i < rowBytes; ++i) at = std::copy_n("   ", 3, at);
+    at = std::copy_n("\t|\t", 3, at);
+    for (size_t i = 0; i < count; ++i) {
+        uint8_t byte = bytes.u8(offset + i);
+        *at++ = IsUnprintableByte(byte) ? kUnprintableMark : static_cast<char>(shown(i, byte));
+    }
+    for (size_t i = count; i < rowBytes; ++i) *at++ = ' ';
+    return at;
+}

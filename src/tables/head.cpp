@@ -2,7 +2,7 @@
 
 namespace {
 
-// The seven classic QuickDraw style bits; bits 7 to 15 show only in the hex value.
+// The seven macStyle bits the report names; bits 7 to 15 show only in the hex value.
 void PrintMacStyleBits(TTableDumper& dumper, uint32_t macStyle) {
     static constexpr const char* kStyles[] = {"Bold", "Italic", "Underline", "Outline", "Shadow", "Condense", "Extend"};
     for (uint32_t bit = 0; bit < 7; ++bit) dumper.PrintBooleanField(2, kStyles[bit], macStyle & (1u << bit));

@@ -6,7 +6,9 @@ velldump prints are compared line by line with the same listing written from
 fontTools' reading of the table. The fonts are Inter's variable fonts (when
 installed) and variable fonts built here with fontTools' fontBuilder and varLib.
 A pair with an edited 'fvar' default, 'avar' map and 'STAT' value is compared
-with vellcmp --opentype, and the lines the edits must print are looked for.
+with vellcmp --opentype, and the lines the edits must print are looked for; so
+is each font against a copy with one 'gvar' delta moved, which fontTools
+re-encodes whole: the report must name that delta and nothing else.
 
     scripts/check-variations.py [--build DIR] [--keep DIR] [font ...]
 
@@ -361,6 +363,58 @@ def check_edited_pair(vellcmp, directory, original_path):
     return failures
 
 
+def table_block(report, table_tag):
+    """The lines of one table's account in a vellcmp report, between its frame lines."""
+    lines, inside = [], False
+    for line in report.split("\n"):
+        if line.startswith("##### Table '%s'" % table_tag):
+            inside = True
+        elif inside and line == "#####":
+            break
+        elif inside:
+            lines.append(line)
+    return [line for line in lines[1:] if line != ""]
+
+
+def check_gvar_pair(vellcmp, directory, path):
+    """One delta of one glyph moved by fontTools, which re-encodes every glyph's
+    variation data as it compiles 'gvar': the report names that delta alone."""
+    font = TTFont(path)
+    tags = axis_tags(font)
+    gvar = font["gvar"]
+    order = font.getGlyphOrder()
+    glyph = next(g for g in order if g in gvar.variations and gvar.variations[g]
+                 and any(c is not None for c in gvar.variations[g][0].coordinates) and g not in (".notdef",))
+    variation = gvar.variations[glyph][0]
+    point = next(i for i, c in enumerate(variation.coordinates) if c is not None)
+    x, y = variation.coordinates[point]
+    variation.coordinates[point] = (x + 5, y)
+    region = []
+    for t in tags:
+        start, peak, end = variation.axes.get(t, (0, 0, 0))
+        if peak == 0:
+            continue
+        text = "%s %s" % (tag(t), f2(peak))
+        if (start, end) != (min(peak, 0), max(peak, 0)):
+            text += " (%s to %s)" % (f2(start), f2(end))
+        region.append(text)
+    modified_path = os.path.join(directory, "gvar-moved.ttf")
+    font.save(modified_path)
+    report = subprocess.run([vellcmp, "--opentype", "--tables=gvar", path, modified_path],
+                            capture_output=True).stdout.decode("utf-8", "replace")
+    expected = ["\t### Changed glyph variations:",
+                "\tGlyph %d, tuple %s" % (order.index(glyph), ", ".join(region) or "none"),
+                "\t\tPoint %d (mod ):\t( %d, %d )" % (point, x + 5, y),
+                "\t\tPoint %d (orig):\t( %d, %d )" % (point, x, y)]
+    actual = table_block(report, "gvar")
+    ok = actual == expected
+    print("%s  %s: one 'gvar' delta of %s moved, every glyph re-encoded" % ("ok  " if ok else "FAIL",
+                                                                      os.path.basename(path), glyph))
+    if not ok:
+        print("      expected: %r\n      report:   %r" % (expected, actual[:8]))
+    return 0 if ok else 1
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
     parser.add_argument("--build", default=os.path.join(ROOT, "build"), help="the build directory")
@@ -383,6 +437,8 @@ def main():
             failures += check_edited_pair(vellcmp, directory, built)
         for path in fonts:
             failures += check_font(velldump, path)
+            if "gvar" in TTFont(path):
+                failures += check_gvar_pair(vellcmp, directory, path)
     print("check-variations: %s" % ("all listings match" if failures == 0 else "%d mismatches" % failures))
     return 1 if failures else 0
 

@@ -294,6 +294,20 @@ TEST(TupleVariations, PackedPointNumbersAndDeltasStopAtTheirBytes) {
     }
 }
 
+// Tuples over all points cover the outline's points (one per component of a
+// composite) and the four phantom points.
+TEST(TupleVariations, AllPointsCoverTheOutlineAndPhantomPoints) {
+    const std::pair<Bytes, size_t> cases[] = {
+        {TableWriter().U16(2).Zeros(8).U16(3).U16(7), 12},
+        // A component with word arguments and a 2x2 matrix, then one with byte arguments.
+        {TableWriter().U16(0xFFFF).Zeros(8).U16(0x00A1).U16(1).U32(0).Zeros(8).U16(0x0000).U16(2).U16(0), 6},
+        {{}, 4},
+        {TableWriter().U16(1).Zeros(7), 4},  // a header cut short
+    };
+    for (const auto& [glyph, expected] : cases)
+        EXPECT_EQ(VellGlyphVariationPointCount(VellView(glyph.data(), glyph.size())), expected) << glyph.size();
+}
+
 // Tuples that all name one shared tuple across a huge axis count, and zero runs
 // that claim every point: decoding stops when the allowance is spent.
 TEST(TupleVariations, HostileGlyphDataSpendsItsAllowance) {
@@ -303,7 +317,7 @@ TEST(TupleVariations, HostileGlyphDataSpendsItsAllowance) {
     Bytes shared(2 * 0xFFFF, 0);
     size_t allowance = 100000;
     auto tuples = VellReadGlyphVariations(VellView(glyph.bytes().data(), glyph.bytes().size()),
-                                          VellView(shared.data(), shared.size()), 0xFFFF, &allowance);
+                                          VellView(shared.data(), shared.size()), 0xFFFF, 0, &allowance);
     EXPECT_EQ(allowance, 0u);
     EXPECT_LE(tuples.size(), 2u);
 }

@@ -28,6 +28,16 @@ constexpr uint16_t kIntermediateRegion = 0x4000;
 constexpr uint16_t kPrivatePointNumbers = 0x2000;
 constexpr uint16_t kTupleIndexMask = 0x0FFF;
 
+// A composite glyph's component records: flags, glyphIndex, two arguments of one
+// or two bytes each, then none, one, two or four F2Dot14 scale values.
+constexpr uint16_t kArgumentsAreWords = 0x0001;
+constexpr uint16_t kHaveScale = 0x0008;
+constexpr uint16_t kMoreComponents = 0x0020;
+constexpr uint16_t kHaveXAndYScale = 0x0040;
+constexpr uint16_t kHaveTwoByTwo = 0x0080;
+constexpr size_t kPhantomPoints = 4;
+constexpr size_t kGlyphHeaderBytes = 10;
+
 std::vector<int16_t> ReadTuple(VellView data, size_t offset, uint16_t axisCount) {
     std::vector<int16_t> tuple(axisCount);
     for (size_t axis = 0; axis < axisCount; ++axis) tuple[axis] = data.s16(offset + 2 * axis);
@@ -35,6 +45,20 @@ std::vector<int16_t> ReadTuple(VellView data, size_t offset, uint16_t axisCount)
 }
 
 }  // namespace
+
+size_t VellGlyphVariationPointCount(VellView glyph) {
+    if (glyph.size() < kGlyphHeaderBytes) return kPhantomPoints;
+    int16_t contours = glyph.s16(0);
+    if (contours > 0) return size_t{glyph.u16(kGlyphHeaderBytes + 2 * (size_t(contours) - 1))} + 1 + kPhantomPoints;
+    size_t components = 0;
+    uint16_t flags = kMoreComponents;
+    for (size_t at = kGlyphHeaderBytes; (flags & kMoreComponents) && at + 4 <= glyph.size(); ++components) {
+        flags = glyph.u16(at);
+        at += 4 + ((flags & kArgumentsAreWords) ? 4 : 2);
+        at += (flags & kHaveTwoByTwo) ? 8 : (flags & kHaveXAndYScale) ? 4 : (flags & kHaveScale) ? 2 : 0;
+    }
+    return components + kPhantomPoints;
+}
 
 VellPackedPoints VellReadPackedPoints(VellView data, size_t* offset) {
     VellPackedPoints result;
@@ -81,7 +105,7 @@ std::vector<int32_t> VellReadPackedDeltas(VellView data, size_t* offset, size_t 
 }
 
 std::vector<VellTupleVariation> VellReadGlyphVariations(VellView glyphData, VellView sharedTuples,
-                                                        uint16_t axisCount, size_t* allowance) {
+                                                        uint16_t axisCount, size_t pointCount, size_t* allowance) {
     std::vector<VellTupleVariation> tuples;
     uint16_t countField = glyphData.u16(0);
     size_t tupleCount = countField & kTupleCountMask;
@@ -119,9 +143,10 @@ std::vector<VellTupleVariation> VellReadGlyphVariations(VellView glyphData, Vell
         size_t at = 0;
         tuple.privatePoints = tupleIndex & kPrivatePointNumbers;
         tuple.points = tuple.privatePoints ? VellReadPackedPoints(data, &at) : shared;
-        size_t count = tuple.points.all ? std::min(*allowance, data.size() * 64) : tuple.points.points.size();
+        size_t count = tuple.points.all ? (pointCount != 0 ? pointCount : data.size() * 64)
+                                        : tuple.points.points.size();
         count = std::min(count, *allowance);
-        if (tuple.points.all) {
+        if (tuple.points.all && pointCount == 0) {
             std::vector<int32_t> both = VellReadPackedDeltas(data, &at, count);
             size_t half = both.size() / 2;
             tuple.x.assign(both.begin(), both.begin() + half);

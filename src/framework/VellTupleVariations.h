@@ -31,13 +31,19 @@ struct VellTupleVariation {
     std::vector<int16_t> start, end;
     bool privatePoints = false;
     VellPackedPoints points;
-    // One per listed point; with all points, as many as the data holds, split
-    // evenly between x and y (the glyph's point count plus its phantom points).
+    // One per listed point, or per point of the glyph with all points.
     std::vector<int32_t> x, y;
 };
 
+// How many points a glyph's deltas cover when its tuples name all points: its
+// outline points (a composite glyph: one per component) and the four phantom
+// points, from the glyph's bytes in 'glyf' (empty: the phantom points alone).
+size_t VellGlyphVariationPointCount(VellView glyph);
+
 // The tuple variations of one glyph's GlyphVariationData. sharedTuples holds
-// the table's shared peak tuples (axisCount F2Dot14 each). Each decoded delta
+// the table's shared peak tuples (axisCount F2Dot14 each). Tuples over all points
+// read pointCount x and pointCount y deltas; with a pointCount of 0 (no 'glyf' to
+// count them in) the deltas the data holds are split evenly. Each decoded delta
 // spends one unit of *allowance; decoding stops when it is spent.
 std::vector<VellTupleVariation> VellReadGlyphVariations(VellView glyphData, VellView sharedTuples,
-                                                        uint16_t axisCount, size_t* allowance);
+                                                        uint16_t axisCount, size_t pointCount, size_t* allowance);

@@ -25,16 +25,18 @@ std::unordered_map<std::string, size_t> IndexByKey(const VariationRecords& recor
 
 const VariationField* FindField(const VariationRecord& record, const std::string& label) {
     for (const VariationField& field : record.fields)
-        if (field.label == label) return &field;
+        if (field.compared && field.label == label) return &field;
     return nullptr;
 }
 
 bool RecordsDiffer(const VariationRecord& modified, const VariationRecord& original) {
-    if (modified.fields.size() != original.fields.size()) return true;
     for (const VariationField& field : modified.fields) {
+        if (!field.compared) continue;
         const VariationField* other = FindField(original, field.label);
         if (other == nullptr || other->value != field.value) return true;
     }
+    for (const VariationField& field : original.fields)
+        if (field.compared && FindField(modified, field.label) == nullptr) return true;
     return false;
 }
 
@@ -44,13 +46,14 @@ void PrintChangedRecord(TTableDumper& dumper, int indent, const VariationRecord&
                         const VariationRecord& original) {
     dumper.PrintLine(std::string(indent, '\t') + modified.heading, true);
     for (const VariationField& field : modified.fields) {
+        if (!field.compared) continue;
         const VariationField* other = FindField(original, field.label);
         if (other != nullptr && other->value == field.value) continue;
         dumper.PrintStringField(indent + 1, ModLabel(field.label), field.value);
         if (other != nullptr) dumper.PrintStringField(indent + 1, OrigLabel(field.label), other->value);
     }
     for (const VariationField& field : original.fields)
-        if (FindField(modified, field.label) == nullptr)
+        if (field.compared && FindField(modified, field.label) == nullptr)
             dumper.PrintStringField(indent + 1, OrigLabel(field.label), field.value);
 }
 

@@ -13,10 +13,13 @@
 #include "comparators/TTableComparator.h"
 #include "framework/VellItemVariationStore.h"
 
-// One line of a record: "<label>:\t<value>".
+// One line of a record: "<label>:\t<value>". A field that is not compared says
+// how the record is encoded (shared or private point numbers, say): it prints
+// with an added or deleted record, never as a change.
 struct VariationField {
     std::string label;
     std::string value;
+    bool compared = true;
 };
 
 // One record of a table (an axis, an instance, a segment map, a delta set...):
@@ -29,6 +32,10 @@ struct VariationRecord {
 
     VariationRecord& Field(std::string label, std::string value) {
         fields.push_back({std::move(label), std::move(value)});
+        return *this;
+    }
+    VariationRecord& Note(std::string label, std::string value) {
+        fields.push_back({std::move(label), std::move(value), false});
         return *this;
     }
 };

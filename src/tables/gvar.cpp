@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "framework/VellGlyphData.h"
 #include "framework/VellTupleVariations.h"
 #include "tables/VariationReport.h"
 
@@ -131,6 +132,28 @@ struct GlyphVariations {
     }
 };
 
+// How many points each glyph's deltas cover, counted in the font's 'glyf'; 0 for
+// a font without outlines there, whose tuples over all points are split evenly.
+class OutlinePoints {
+public:
+    explicit OutlinePoints(VellFontRef font) {
+        if (font == nullptr) return;
+        ErrorRecord record;
+        fLocations = VellFindGlyphLocations(font, &record);
+        fReadable = record.code == 0 && !fLocations.glyf.empty();
+    }
+    size_t Count(size_t glyph) const {
+        if (!fReadable || glyph >= fLocations.glyphCount) return 0;
+        ErrorRecord record;
+        VellView bytes = VellGetTTGlyphBytes(fLocations, static_cast<uint32_t>(glyph), &record);
+        return record.code == 0 ? VellGlyphVariationPointCount(bytes) : 0;
+    }
+
+private:
+    VellGlyphLocations fLocations;
+    bool fReadable = false;
+};
+
 // The region of a tuple: the axes of its peak, and the intermediate start and end.
 std::string TupleText(const VellTupleVariation& tuple, const std::vector<VellTag>& axisTags) {
     std::string text;
@@ -144,11 +167,14 @@ std::string TupleText(const VellTupleVariation& tuple, const std::vector<VellTag
     return text.empty() ? "none" : text;
 }
 
-// Point numbers with their runs folded: "0-3, 7".
-std::string PointsText(const VellTupleVariation& tuple) {
-    std::string text = tuple.privatePoints ? "private, " : "shared, ";
-    if (tuple.points.all) return text + "all points";
+// Point numbers with their runs folded: "0-3, 7"; "all" for all points, listed
+// one by one or not (pointCount 0: the glyph's points are not known).
+std::string PointsText(const VellTupleVariation& tuple, size_t pointCount) {
+    std::string text;
     const std::vector<uint16_t>& points = tuple.points.points;
+    bool everyPoint = pointCount != 0 && points.size() == pointCount;
+    for (size_t i = 0; everyPoint && i < points.size(); ++i) everyPoint = points[i] == i;
+    if (tuple.points.all || everyPoint) return "all";
     for (size_t i = 0; i < points.size();) {
         size_t j = i;
         while (j + 1 < points.size() && points[j + 1] == points[j] + 1) ++j;
@@ -161,12 +187,17 @@ std::string PointsText(const VellTupleVariation& tuple) {
 }
 
 void AppendGlyphRecords(VariationRecords& records, const std::string& glyphName,
-                        const std::vector<VellTupleVariation>& tuples, const std::vector<VellTag>& axisTags) {
+                        const std::vector<VellTupleVariation>& tuples, const std::vector<VellTag>& axisTags,
+                        size_t pointCount) {
     for (const VellTupleVariation& tuple : tuples) {
         std::string region = TupleText(tuple, axisTags);
         VariationRecord& record =
             records.emplace_back(VariationRecord{glyphName + ", tuple " + region, glyphName + ", tuple " + region, {}});
-        record.Field("Point numbers", PointsText(tuple));
+        // Whether the points are the glyph's shared ones or the tuple's own is a
+        // choice of encoding: it is shown, but two tuples over the same points are
+        // the same however they store them.
+        record.Note("Point numbers stored", tuple.privatePoints ? "private" : "shared");
+        record.Field("Point numbers", PointsText(tuple, pointCount));
         for (size_t i = 0; i < tuple.x.size() && i < tuple.y.size(); ++i) {
             size_t point = tuple.points.all ? i : tuple.points.points[i];
             record.Field("Point " + std::to_string(point),
@@ -189,18 +220,22 @@ int32_t TGVARTableComparator::DumpTableDeltas() {
     bool sameContext = modified.axisCount == original.axisCount && modified.sharedTuples == original.sharedTuples &&
                        modifiedAxes == originalAxes;
     size_t allowance = 64 * (modifiedTable.size() + originalTable.size()) + (1 << 20);
+    OutlinePoints modifiedPoints(GetModifiedFont()), originalPoints(GetOriginalFont());
     VariationRecords modifiedRecords, originalRecords;
     size_t glyphCount = std::max(modified.glyphCount, original.glyphCount);
     for (size_t glyph = 0; glyph < glyphCount && allowance > 0; ++glyph) {
         VellView modifiedGlyph = modified.Glyph(glyph), originalGlyph = original.Glyph(glyph);
         if (sameContext && modifiedGlyph == originalGlyph) continue;
         std::string name = GlyphHeading(GetModifiedContext(), static_cast<uint32_t>(glyph));
+        size_t modifiedCount = modifiedPoints.Count(glyph), originalCount = originalPoints.Count(glyph);
         AppendGlyphRecords(modifiedRecords, name,
-                           VellReadGlyphVariations(modifiedGlyph, modified.sharedTuples, modified.axisCount, &allowance),
-                           modifiedAxes);
+                           VellReadGlyphVariations(modifiedGlyph, modified.sharedTuples, modified.axisCount,
+                                                   modifiedCount, &allowance),
+                           modifiedAxes, modifiedCount);
         AppendGlyphRecords(originalRecords, name,
-                           VellReadGlyphVariations(originalGlyph, original.sharedTuples, original.axisCount, &allowance),
-                           originalAxes);
+                           VellReadGlyphVariations(originalGlyph, original.sharedTuples, original.axisCount,
+                                                   originalCount, &allowance),
+                           originalAxes, originalCount);
     }
     MakeKeysUnique(modifiedRecords);
     MakeKeysUnique(originalRecords);

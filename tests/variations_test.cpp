@@ -1,9 +1,7 @@
 // The variable tables under --opentype: 'fvar', 'avar', 'STAT', 'HVAR', 'MVAR'
-// and the 'gvar' comparator, on small tables built here, and the tuple variation
-// decoding beneath 'gvar'.
+// and the 'gvar' comparator, on small tables built by tests/support, and the tuple
+// variation decoding beneath 'gvar'.
 #include <gtest/gtest.h>
-
-#include <cmath>
 
 #include "VellCmpErrors.h"
 #include "comparators/TTableComparator.h"
@@ -18,9 +16,6 @@ struct OpenTypeForTest {
     OpenTypeForTest() { gOpenType = 1; }
     ~OpenTypeForTest() { gOpenType = 0; }
 };
-
-uint32_t Fixed(double value) { return static_cast<uint32_t>(static_cast<int32_t>(std::lround(value * 65536))); }
-uint32_t F2Dot14(double value) { return static_cast<uint16_t>(static_cast<int16_t>(std::lround(value * 16384))); }
 
 // What velldump --opentype prints for the table, without its frame.
 std::string DumpOpenType(const FontTables& font, const char* tag) {
@@ -39,57 +34,6 @@ std::string DumpOpenType(const FontTables& font, const char* tag) {
 std::string CompareOpenType(const FontTables& modified, const FontTables& original, const char* tag) {
     OpenTypeForTest openType;
     return CompareDeltas(modified, original, tag);
-}
-
-struct AxisRow {
-    const char* tag;
-    double minimum, defaultValue, maximum;
-    uint16_t nameID;
-};
-struct InstanceRow {
-    uint16_t nameID;
-    std::vector<double> coordinates;
-    uint16_t postScriptNameID;
-};
-
-Bytes MakeFvar(const std::vector<AxisRow>& axes, const std::vector<InstanceRow>& instances) {
-    TableWriter fvar;
-    fvar.U32(0x00010000).U16(16).U16(2).U16(axes.size()).U16(20).U16(instances.size()).U16(6 + 4 * axes.size());
-    for (const AxisRow& axis : axes)
-        fvar.Tag(axis.tag).U32(Fixed(axis.minimum)).U32(Fixed(axis.defaultValue)).U32(Fixed(axis.maximum))
-            .U16(0).U16(axis.nameID);
-    for (const InstanceRow& instance : instances) {
-        fvar.U16(instance.nameID).U16(0);
-        for (double coordinate : instance.coordinates) fvar.U32(Fixed(coordinate));
-        fvar.U16(instance.postScriptNameID);
-    }
-    return fvar;
-}
-
-FontTables VariableFont() {
-    FontTables font = SampleFont();
-    font["name"] = MakeName({{2, "Regular"}, {4, "Sample Regular"}, {256, "Weight"}, {257, "Width"},
-                             {258, "Bold"}, {259, "Sample-Bold"}, {260, "Regular"}, {261, "Sample-Regular"},
-                             {262, "Condensed"}, {263, "Sample-Condensed"}, {264, "Black"},
-                             {265, "Bold Condensed"}});
-    font["fvar"] = MakeFvar({{"wght", 100, 400, 900, 256}}, {{260, {400}, 261}, {258, {700}, 259}});
-    return font;
-}
-
-// An item variation store over one axis: regions +1 and -1, one subtable whose
-// items are the given rows of two byte deltas.
-Bytes MakeStore(const std::vector<std::pair<int8_t, int8_t>>& rows) {
-    TableWriter store;
-    store.U16(1).U32(12).U16(1).U32(28);
-    store.U16(1).U16(2).U16(0).U16(F2Dot14(1)).U16(F2Dot14(1)).U16(F2Dot14(-1)).U16(F2Dot14(-1)).U16(0);
-    store.U16(rows.size()).U16(0).U16(2).U16(0).U16(1);
-    for (auto [first, second] : rows) store.U8(static_cast<uint8_t>(first)).U8(static_cast<uint8_t>(second));
-    return store;
-}
-
-Bytes Concat(Bytes head, const Bytes& tail) {
-    head.insert(head.end(), tail.begin(), tail.end());
-    return head;
 }
 
 // An inserted axis is one added axis, not a change of every axis after it; instances
@@ -115,22 +59,16 @@ TEST(Variations, FvarAxesByTagAndInstancesByName) {
 }
 
 TEST(Variations, AvarPairsByFromCoordinateAndVersionTwoDeltas) {
-    auto avar = [](const std::vector<std::pair<double, double>>& pairs) {
-        TableWriter table;
-        table.U32(0x00010000).U16(0).U16(1).U16(pairs.size());
-        for (auto [from, to] : pairs) table.U16(F2Dot14(from)).U16(F2Dot14(to));
-        return Bytes(table);
-    };
     FontTables original = VariableFont(), modified = VariableFont();
-    original["avar"] = avar({{-1, -1}, {0, 0}, {0.5, 0.625}, {1, 1}});
-    modified["avar"] = avar({{-1, -1}, {0, 0}, {0.5, 0.75}, {0.75, 0.875}, {1, 1}});
+    original["avar"] = MakeAvar({{-1, -1}, {0, 0}, {0.5, 0.625}, {1, 1}});
+    modified["avar"] = MakeAvar({{-1, -1}, {0, 0}, {0.5, 0.75}, {0.75, 0.875}, {1, 1}});
     EXPECT_EQ(CompareOpenType(modified, original, "avar"),
               "\t### Changed segment maps:\n\tSegment map 'wght'\n\t\t0.500000 to (mod ):\t0.750000\n"
               "\t\t0.500000 to (orig):\t0.625000\n\t\t0.750000 to (mod ):\t0.875000\n\n");
 
     // Version 2: no axis index map (the axis index itself), a store at byte 20.
     FontTables two = VariableFont();
-    two["avar"] = Concat(TableWriter().U32(0x00020000).U16(0).U16(1).U16(0).U32(0).U32(18), MakeStore({{-8, 3}}));
+    two["avar"] = Joined(TableWriter().U32(0x00020000).U16(0).U16(1).U16(0).U32(0).U32(18), MakeStore({{-8, 3}}));
     EXPECT_EQ(DumpOpenType(two, "avar"),
               "\tVersion:\t2.0\n\tAxis count:\t1\n\tSegment map 'wght'\n"
               "\tAxis deltas 'wght'\n\t\tDelta-set index:\t0, 0\n\t\tDeltas:\tregion 0: -8, region 1: 3\n"
@@ -139,18 +77,6 @@ TEST(Variations, AvarPairsByFromCoordinateAndVersionTwoDeltas) {
               "\tRegion 1\n\t\t'wght':\tpeak -1.000000 (-1.000000 to 0.000000)\n"
               "\tItem variation data 0\n\t\tItem count:\t1\n\t\tWord delta count:\t0x0000\n\t\tRegion indexes:\t0 1\n"
               "\tDelta set 0, item 0\n\t\tDeltas:\tregion 0: -8, region 1: 3\n");
-}
-
-Bytes MakeStat(uint16_t elidedNameID, double linkedValue) {
-    TableWriter stat;
-    stat.U32(0x00010001).U16(8).U16(2).U32(20).U16(4).U32(36).U16(elidedNameID);
-    stat.Tag("wght").U16(256).U16(0).Tag("wdth").U16(257).U16(1);
-    stat.U16(8).U16(20).U16(40).U16(56);
-    stat.U16(1).U16(0).U16(0).U16(258).U32(Fixed(700));
-    stat.U16(2).U16(0).U16(0).U16(264).U32(Fixed(900)).U32(Fixed(800)).U32(Fixed(900));
-    stat.U16(3).U16(0).U16(2).U16(260).U32(Fixed(400)).U32(Fixed(linkedValue));
-    stat.U16(4).U16(2).U16(0).U16(265).U16(0).U32(Fixed(700)).U16(1).U32(Fixed(75));
-    return stat;
 }
 
 TEST(Variations, StatAxisValuesOfEveryFormat) {
@@ -180,15 +106,9 @@ TEST(Variations, StatAxisValuesOfEveryFormat) {
 // end take its last entry; one changed item shows as a delta set and as the glyph
 // that reaches it.
 TEST(Variations, HvarDeltaSetsAndTheGlyphsThatReachThem) {
-    auto hvar = [](int8_t changed) {
-        Bytes map = TableWriter().U8(0).U8(0x00).U16(2).U8(0x01).U8(0x00);
-        return Concat(Concat(TableWriter().U32(0x00010000).U32(20).U32(0).U32(20 + 46).U32(0),
-                             MakeStore({{10, -10}, {0, 0}, {20, changed}, {30, -30}})),
-                      map);
-    };
     FontTables original = VariableFont(), modified = VariableFont();
-    original["HVAR"] = hvar(-20);
-    modified["HVAR"] = hvar(-25);
+    original["HVAR"] = MakeMetricsVariations(false, -20);
+    modified["HVAR"] = MakeMetricsVariations(false, -25);
     EXPECT_EQ(CompareOpenType(modified, original, "HVAR"),
               "\t### Changed delta sets:\n\tDelta set 0, item 2\n"
               "\t\tDeltas (mod ):\tregion 0: 20, region 1: -25\n\t\tDeltas (orig):\tregion 0: 20, region 1: -20\n\n"
@@ -207,15 +127,9 @@ TEST(Variations, HvarDeltaSetsAndTheGlyphsThatReachThem) {
 }
 
 TEST(Variations, MvarValueRecordsByTag) {
-    auto mvar = [](uint16_t xHeightItem) {
-        TableWriter header;
-        header.U32(0x00010000).U16(0).U16(8).U16(2).U16(28);
-        header.Tag("cpht").U16(0).U16(0).Tag("xhgt").U16(0).U16(xHeightItem);
-        return Concat(header, MakeStore({{10, -10}, {0, 0}, {20, -20}, {30, -30}}));
-    };
     FontTables original = VariableFont(), modified = VariableFont();
-    original["MVAR"] = mvar(1);
-    modified["MVAR"] = mvar(3);
+    original["MVAR"] = MakeMvar(1);
+    modified["MVAR"] = MakeMvar(3);
     EXPECT_EQ(CompareOpenType(modified, original, "MVAR"),
               "\t### Changed value records:\n\tValue 'xhgt'\n\t\tDelta-set index (mod ):\t0, 3\n"
               "\t\tDelta-set index (orig):\t0, 1\n\t\tDeltas (mod ):\tregion 0: 30, region 1: -30\n"
@@ -234,12 +148,12 @@ Bytes MakeGvar(uint8_t movedDelta, bool wordZeros) {
     glyph2.U8(2).U8(1).U8(1).U8(2).U8(1).U8(5).U8(6);
     if (wordZeros) glyph2.U8(0x41).U16(0).U16(0);
     else glyph2.U8(0x81);
-    Bytes data = Concat(glyph1, glyph2);
+    Bytes data = Joined(glyph1, glyph2);
     uint16_t end1 = glyph1.bytes().size() / 2, end2 = data.size() / 2;
     TableWriter header;
     header.U32(0x00010000).U16(1).U16(1).U32(30).U16(4).U16(0).U32(32);
     header.U16(0).U16(0).U16(end1).U16(end2).U16(end2).U16(F2Dot14(1));
-    return Concat(header, data);
+    return Joined(header, data);
 }
 
 TEST(Variations, GvarReportsOnlyTheDeltasThatDiffer) {

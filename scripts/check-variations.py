@@ -6,9 +6,11 @@ velldump prints are compared line by line with the same listing written from
 fontTools' reading of the table. The fonts are Inter's variable fonts (when
 installed) and variable fonts built here with fontTools' fontBuilder and varLib.
 A pair with an edited 'fvar' default, 'avar' map and 'STAT' value is compared
-with vellcmp --opentype, and the lines the edits must print are looked for; so
-is each font against a copy with one 'gvar' delta moved, which fontTools
-re-encodes whole: the report must name that delta and nothing else.
+with vellcmp --opentype, and the lines the edits must print are looked for. Each
+font with a 'gvar' is compared with a copy without variation data, and the tuples
+the account lists as added (regions, point numbers and deltas of every glyph)
+with fontTools' reading; and with a copy with one 'gvar' delta moved, which
+fontTools re-encodes whole: the report must name that delta and nothing else.
 
     scripts/check-variations.py [--build DIR] [--keep DIR] [font ...]
 
@@ -22,6 +24,7 @@ import sys
 import tempfile
 
 try:
+    from fontTools.misc.fixedTools import floatToFixedToStr
     from fontTools.ttLib import TTFont
 except ImportError:
     # Debian's python3-fonttools lives with the system interpreter.
@@ -38,12 +41,13 @@ TABLES = ["fvar", "avar", "STAT", "HVAR", "VVAR", "MVAR"]
 
 
 # ---- Values as the listings print them ----
-def dec(value):
-    return "%.6f" % value
+# fontTools' own shortest decimal that reads back as the same fixed-point value.
+def dec(value):  # 16.16
+    return floatToFixedToStr(value, 16)
 
 
-def f2(value):  # F2Dot14 as fontTools reads it: an exact binary fraction
-    return dec(value)
+def f2(value):  # F2Dot14
+    return floatToFixedToStr(value, 14)
 
 
 def tag(text):
@@ -287,6 +291,9 @@ def build_master(weight, x_height):
     advances = {".notdef": 500, "space": 250 + stem // 4, "A": 600 + stem, "B": 580 + stem // 2, "C": 560}
     fb.setupHorizontalMetrics({g: (advances[g], glyphs[g].xMin if hasattr(glyphs[g], "xMin") else 0) for g in order})
     fb.setupHorizontalHeader(ascent=800, descent=-200)
+    # Vertical metrics that vary with the weight too, so that varLib builds a 'VVAR'.
+    fb.setupVerticalMetrics({g: (1000 + stem // 2, 800 - (700 if g != "C" else x_height)) for g in order})
+    fb.setupVerticalHeader(ascent=500, descent=-500)
     fb.setupNameTable({"familyName": "Vell Check", "styleName": "Regular", "fullName": "Vell Check Regular",
                       "psName": "VellCheck-Regular", "version": "Version 1.000", "uniqueFontIdentifier": "VellCheck"})
     fb.setupOS2(sxHeight=x_height, sCapHeight=700, sTypoAscender=800, sTypoDescender=-200)
@@ -352,9 +359,9 @@ def check_edited_pair(vellcmp, directory, original_path):
     font.save(modified_path)
     report = subprocess.run([vellcmp, "--opentype", original_path, modified_path], capture_output=True).stdout
     report = report.decode("utf-8", "replace")
-    wanted = ["\tAxis 'wght'\n\t\tDefault (mod ):\t450.000000\n\t\tDefault (orig):\t400.000000\n",
-              "\tSegment map 'wght'\n\t\t%s to (mod ):\t0.250000\n" % f2(moved),
-              "\tAxis value 'wght' \"Bold\"\n\t\tValue (mod ):\t720.000000\n\t\tValue (orig):\t700.000000\n"]
+    wanted = ["\tAxis 'wght'\n\t\tDefault (mod ):\t450.0\n\t\tDefault (orig):\t400.0\n",
+              "\tSegment map 'wght'\n\t\t%s to (mod ):\t0.25\n" % f2(moved),
+              "\tAxis value 'wght' \"Bold\"\n\t\tValue (mod ):\t720.0\n\t\tValue (orig):\t700.0\n"]
     failures = 0
     for text in wanted:
         found = text in report
@@ -389,21 +396,12 @@ def check_gvar_pair(vellcmp, directory, path):
     point = next(i for i, c in enumerate(variation.coordinates) if c is not None)
     x, y = variation.coordinates[point]
     variation.coordinates[point] = (x + 5, y)
-    region = []
-    for t in tags:
-        start, peak, end = variation.axes.get(t, (0, 0, 0))
-        if peak == 0:
-            continue
-        text = "%s %s" % (tag(t), f2(peak))
-        if (start, end) != (min(peak, 0), max(peak, 0)):
-            text += " (%s to %s)" % (f2(start), f2(end))
-        region.append(text)
     modified_path = os.path.join(directory, "gvar-moved.ttf")
     font.save(modified_path)
     report = subprocess.run([vellcmp, "--opentype", "--tables=gvar", path, modified_path],
                             capture_output=True).stdout.decode("utf-8", "replace")
     expected = ["\t### Changed glyph variations:",
-                "\tGlyph %d, tuple %s" % (order.index(glyph), ", ".join(region) or "none"),
+                "\tGlyph %d, tuple %s" % (order.index(glyph), region_text(tags, variation)),
                 "\t\tPoint %d (mod ):\t( %d, %d )" % (point, x + 5, y),
                 "\t\tPoint %d (orig):\t( %d, %d )" % (point, x, y)]
     actual = table_block(report, "gvar")
@@ -412,6 +410,82 @@ def check_gvar_pair(vellcmp, directory, path):
                                                                       os.path.basename(path), glyph))
     if not ok:
         print("      expected: %r\n      report:   %r" % (expected, actual[:8]))
+    return 0 if ok else 1
+
+
+def region_text(tags, variation):
+    """A tuple's region as the 'gvar' account prints it: the axes with a peak, and
+    the start and end of an intermediate region, which fontTools writes only when
+    they are not the ones the peak implies."""
+    parts = []
+    for t in tags:
+        start, peak, end = variation.axes.get(t, (0, 0, 0))
+        if peak == 0:
+            continue
+        text = "%s %s" % (tag(t), f2(peak))
+        if (start, end) != (min(peak, 0), max(peak, 0)):
+            text += " (%s to %s)" % (f2(start), f2(end))
+        parts.append(text)
+    return ", ".join(parts) or "none"
+
+
+def points_text(points, count):
+    if len(points) == count:
+        return "all"
+    runs, i = [], 0
+    while i < len(points):
+        j = i
+        while j + 1 < len(points) and points[j + 1] == points[j] + 1:
+            j += 1
+        runs.append(str(points[i]) if j == i else "%d-%d" % (points[i], points[j]))
+        i = j + 1
+    return ", ".join(runs)
+
+
+def gvar_tuple_lines(font):
+    """Every tuple of every glyph as the 'gvar' account lists an added one, from
+    fontTools' reading; the line that says whether the points are shared or
+    private is left out, for fontTools does not keep it."""
+    tags = axis_tags(font)
+    gvar = font["gvar"]
+    lines, count = [], 0
+    for index, glyph in enumerate(font.getGlyphOrder()):
+        for variation in gvar.variations.get(glyph, []):
+            count += 1
+            lines.append("\tGlyph %d, tuple %s" % (index, region_text(tags, variation)))
+            points = [i for i, c in enumerate(variation.coordinates) if c is not None]
+            lines.append("\t\tPoint numbers:\t" + points_text(points, len(variation.coordinates)))
+            for i in points:
+                x, y = variation.coordinates[i]
+                lines.append("\t\tPoint %d:\t( %d, %d )" % (i, x, y))
+    return lines, count
+
+
+def check_gvar_tuples(vellcmp, directory, path):
+    """Every tuple of every glyph: the font against a copy without variation data,
+    so that the account lists each tuple as added, compared with fontTools' reading."""
+    font = TTFont(path)
+    expected, tuples = gvar_tuple_lines(font)
+    for glyph in font["gvar"].variations:
+        font["gvar"].variations[glyph] = []
+    bare_path = os.path.join(directory, "gvar-bare.ttf")
+    font.save(bare_path)
+    report = subprocess.run([vellcmp, "--opentype", "--tables=gvar", bare_path, path],
+                            capture_output=True).stdout.decode("utf-8", "replace")
+    heading = "\t### Added glyph variations (in modified font and not original font):"
+    block = table_block(report, "gvar")
+    actual = block[block.index(heading) + 1:] if heading in block else []
+    actual = [line for line in actual if not line.startswith("\t\tPoint numbers stored:\t")]
+    ok = actual == expected
+    print("%s  %-40s gvar: %d tuples of %d glyphs, %d lines" % ("ok  " if ok else "FAIL", os.path.basename(path),
+                                                                 tuples, len(font.getGlyphOrder()), len(expected)))
+    if not ok:
+        for i in range(max(len(expected), len(actual))):
+            e = expected[i] if i < len(expected) else "<none>"
+            a = actual[i] if i < len(actual) else "<none>"
+            if e != a:
+                print("      line %d\n        fontTools: %r\n        vellcmp:   %r" % (i + 1, e, a))
+                break
     return 0 if ok else 1
 
 
@@ -438,6 +512,7 @@ def main():
         for path in fonts:
             failures += check_font(velldump, path)
             if "gvar" in TTFont(path):
+                failures += check_gvar_tuples(vellcmp, directory, path)
                 failures += check_gvar_pair(vellcmp, directory, path)
     print("check-variations: %s" % ("all listings match" if failures == 0 else "%d mismatches" % failures))
     return 1 if failures else 0

@@ -46,15 +46,15 @@ TEST(Variations, FvarAxesByTagAndInstancesByName) {
               "\tAxis count (mod ):\t2\n\tAxis count (orig):\t1\n\tInstance count (mod ):\t3\n"
               "\tInstance count (orig):\t2\n\tInstance size (mod ):\t14\n\tInstance size (orig):\t10\n"
               "\t### Added axes (in modified font and not original font):\n"
-              "\tAxis 'wdth'\n\t\tMinimum:\t75.000000\n\t\tDefault:\t100.000000\n\t\tMaximum:\t100.000000\n"
+              "\tAxis 'wdth'\n\t\tMinimum:\t75.0\n\t\tDefault:\t100.0\n\t\tMaximum:\t100.0\n"
               "\t\tFlags:\t0x0000\n\t\tName:\t257 \"Width\"\n\n"
-              "\t### Changed axes:\n\tAxis 'wght'\n\t\tDefault (mod ):\t450.000000\n\t\tDefault (orig):\t400.000000\n\n"
+              "\t### Changed axes:\n\tAxis 'wght'\n\t\tDefault (mod ):\t450.0\n\t\tDefault (orig):\t400.0\n\n"
               "\t### Added instances (in modified font and not original font):\n"
               "\tInstance \"Condensed\"\n\t\tSubfamily name:\t262 \"Condensed\"\n\t\tFlags:\t0x0000\n"
-              "\t\t'wdth':\t75.000000\n\t\t'wght':\t400.000000\n\t\tPostScript name:\t263 \"Sample-Condensed\"\n\n"
-              "\t### Changed instances:\n\tInstance \"Regular\"\n\t\t'wdth' (mod ):\t100.000000\n"
-              "\tInstance \"Bold\"\n\t\t'wdth' (mod ):\t100.000000\n\t\t'wght' (mod ):\t720.000000\n"
-              "\t\t'wght' (orig):\t700.000000\n\n");
+              "\t\t'wdth':\t75.0\n\t\t'wght':\t400.0\n\t\tPostScript name:\t263 \"Sample-Condensed\"\n\n"
+              "\t### Changed instances:\n\tInstance \"Regular\"\n\t\t'wdth' (mod ):\t100.0\n"
+              "\tInstance \"Bold\"\n\t\t'wdth' (mod ):\t100.0\n\t\t'wght' (mod ):\t720.0\n"
+              "\t\t'wght' (orig):\t700.0\n\n");
     EXPECT_EQ(CompareOpenType(original, original, "fvar"), "");
 }
 
@@ -63,8 +63,8 @@ TEST(Variations, AvarPairsByFromCoordinateAndVersionTwoDeltas) {
     original["avar"] = MakeAvar({{-1, -1}, {0, 0}, {0.5, 0.625}, {1, 1}});
     modified["avar"] = MakeAvar({{-1, -1}, {0, 0}, {0.5, 0.75}, {0.75, 0.875}, {1, 1}});
     EXPECT_EQ(CompareOpenType(modified, original, "avar"),
-              "\t### Changed segment maps:\n\tSegment map 'wght'\n\t\t0.500000 to (mod ):\t0.750000\n"
-              "\t\t0.500000 to (orig):\t0.625000\n\t\t0.750000 to (mod ):\t0.875000\n\n");
+              "\t### Changed segment maps:\n\tSegment map 'wght'\n\t\t0.5 to (mod ):\t0.75\n"
+              "\t\t0.5 to (orig):\t0.625\n\t\t0.75 to (mod ):\t0.875\n\n");
 
     // Version 2: no axis index map (the axis index itself), a store at byte 20.
     FontTables two = VariableFont();
@@ -73,8 +73,8 @@ TEST(Variations, AvarPairsByFromCoordinateAndVersionTwoDeltas) {
               "\tVersion:\t2.0\n\tAxis count:\t1\n\tSegment map 'wght'\n"
               "\tAxis deltas 'wght'\n\t\tDelta-set index:\t0, 0\n\t\tDeltas:\tregion 0: -8, region 1: 3\n"
               "\tItem variation store format:\t1\n\tRegion axis count:\t1\n"
-              "\tRegion 0\n\t\t'wght':\tpeak 1.000000 (0.000000 to 1.000000)\n"
-              "\tRegion 1\n\t\t'wght':\tpeak -1.000000 (-1.000000 to 0.000000)\n"
+              "\tRegion 0\n\t\t'wght':\tpeak 1.0 (0.0 to 1.0)\n"
+              "\tRegion 1\n\t\t'wght':\tpeak -1.0 (-1.0 to 0.0)\n"
               "\tItem variation data 0\n\t\tItem count:\t1\n\t\tWord delta count:\t0x0000\n\t\tRegion indexes:\t0 1\n"
               "\tDelta set 0, item 0\n\t\tDeltas:\tregion 0: -8, region 1: 3\n");
 }
@@ -89,17 +89,17 @@ TEST(Variations, StatAxisValuesOfEveryFormat) {
               "\tDesign axis 'wght'\n\t\tName:\t256 \"Weight\"\n\t\tOrdering:\t0\n"
               "\tDesign axis 'wdth'\n\t\tName:\t257 \"Width\"\n\t\tOrdering:\t1\n"
               "\tAxis value 'wght' \"Bold\"\n\t\tFormat:\t1\n\t\tFlags:\t0x0000\n\t\tName:\t258 \"Bold\"\n"
-              "\t\tValue:\t700.000000\n"
+              "\t\tValue:\t700.0\n"
               "\tAxis value 'wght' \"Black\"\n\t\tFormat:\t2\n\t\tFlags:\t0x0000\n\t\tName:\t264 \"Black\"\n"
-              "\t\tValue:\t900.000000\n\t\tRange minimum:\t800.000000\n\t\tRange maximum:\t900.000000\n"
+              "\t\tValue:\t900.0\n\t\tRange minimum:\t800.0\n\t\tRange maximum:\t900.0\n"
               "\tAxis value 'wght' \"Regular\"\n\t\tFormat:\t3\n\t\tFlags:\t0x0002\n\t\tName:\t260 \"Regular\"\n"
-              "\t\tValue:\t400.000000\n\t\tLinked value:\t700.000000\n"
+              "\t\tValue:\t400.0\n\t\tLinked value:\t700.0\n"
               "\tAxis value 'wght', 'wdth' \"Bold Condensed\"\n\t\tFormat:\t4\n\t\tFlags:\t0x0000\n"
-              "\t\tName:\t265 \"Bold Condensed\"\n\t\tValue 'wght':\t700.000000\n\t\tValue 'wdth':\t75.000000\n");
+              "\t\tName:\t265 \"Bold Condensed\"\n\t\tValue 'wght':\t700.0\n\t\tValue 'wdth':\t75.0\n");
     EXPECT_EQ(CompareOpenType(modified, original, "STAT"),
               "\tElided fallback name (mod ):\t260 \"Regular\"\n\tElided fallback name (orig):\t2 \"Regular\"\n"
               "\t### Changed axis values:\n\tAxis value 'wght' \"Regular\"\n"
-              "\t\tLinked value (mod ):\t720.000000\n\t\tLinked value (orig):\t700.000000\n\n");
+              "\t\tLinked value (mod ):\t720.0\n\t\tLinked value (orig):\t700.0\n\n");
 }
 
 // 'HVAR' with implicit advances and a left side bearing map whose glyphs past its
@@ -161,7 +161,7 @@ TEST(Variations, GvarReportsOnlyTheDeltasThatDiffer) {
     original["gvar"] = MakeGvar(5, false);
     modified["gvar"] = MakeGvar(7, true);
     EXPECT_EQ(CompareOpenType(modified, original, "gvar"),
-              "\t### Changed glyph variations:\n\tGlyph 1, tuple 'wght' 1.000000\n"
+              "\t### Changed glyph variations:\n\tGlyph 1, tuple 'wght' 1.0\n"
               "\t\tPoint 2 (mod ):\t( 30, 7 )\n\t\tPoint 2 (orig):\t( 30, 5 )\n\n");
     // Without --opentype 'gvar' has no comparator, and velldump keeps its classic dumper.
     EXPECT_EQ(CompareDeltas(modified, original, "gvar").find("Point"), std::string::npos);

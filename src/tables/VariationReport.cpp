@@ -61,12 +61,15 @@ void PrintChangedRecord(TTableDumper& dumper, int indent, const VariationRecord&
 
 std::string FixedText(int32_t value) {
     std::string text;
-    AppendFixed(text, value);
+    AppendShortFixed(text, value);
     return text;
 }
 
-// An F2Dot14 value is a 16.16 one shifted by two bits, so it prints exactly as one.
-std::string F2Dot14Text(int16_t value) { return FixedText(int32_t{value} * 4); }
+std::string F2Dot14Text(int16_t value) {
+    std::string text;
+    AppendShortF2Dot14(text, value);
+    return text;
+}
 
 std::string TagText(VellTag tag) { return "'" + VellTagText(tag) + "'"; }
 

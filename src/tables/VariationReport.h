@@ -42,7 +42,8 @@ struct VariationRecord {
 using VariationRecords = std::vector<VariationRecord>;
 
 // ---- Values as the variable tables' accounts print them ----
-// 16.16 and F2Dot14 values as decimals with six places, as AppendFixed prints.
+// 16.16 and F2Dot14 values as the shortest decimals that read back as the same
+// values, as 'head' prints its 16.16 fields under --opentype: "400.0", "0.6".
 std::string FixedText(int32_t value);
 std::string F2Dot14Text(int16_t value);
 // "'wght'"

@@ -84,6 +84,16 @@ def delta_set_text(store, var_idx):
     return ", ".join(parts) or "none"
 
 
+def reached_deltas_text(store, var_idx):
+    """The deltas a glyph or a value reaches: by region index, zeros left out."""
+    outer, inner = var_idx >> 16, var_idx & 0xFFFF
+    if store is None or outer >= len(store.VarData) or inner >= len(store.VarData[outer].Item):
+        return "none"
+    data = store.VarData[outer]
+    pairs = sorted((r, d) for r, d in zip(data.VarRegionIndex, data.Item[inner]) if d != 0)
+    return ", ".join("region %d: %d" % pair for pair in pairs) or "none"
+
+
 def record(lines, heading, fields):
     lines.append("\t" + heading)
     for label, value in fields:
@@ -206,7 +216,7 @@ def list_metrics_variations(font, table_tag):
         fields = []
         for mapping, label in present:
             index = mapping.mapping[glyph_name] if mapping is not None else glyph
-            fields.append((label, delta_set_text(table.VarStore, index)))
+            fields.append((label, reached_deltas_text(table.VarStore, index)))
         record(lines, "Glyph %d" % glyph, fields)
     return lines
 
@@ -218,7 +228,7 @@ def list_mvar(font):
     for rec in mvar.ValueRecord:
         record(lines, "Value " + tag(rec.ValueTag),
                [("Delta-set index", "%d, %d" % (rec.VarIdx >> 16, rec.VarIdx & 0xFFFF)),
-                ("Deltas", delta_set_text(mvar.VarStore, rec.VarIdx))])
+                ("Deltas", reached_deltas_text(mvar.VarStore, rec.VarIdx))])
     list_store(lines, mvar.VarStore, axis_tags(font))
     return lines
 

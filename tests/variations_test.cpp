@@ -9,6 +9,7 @@
 #include "dumpers/TableHandlers.h"
 #include "framework/VellTupleVariations.h"
 #include "support/Harness.h"
+#include "tables/VariationReport.h"
 
 namespace {
 
@@ -56,6 +57,10 @@ TEST(Variations, FvarAxesByTagAndInstancesByName) {
               "\tInstance \"Bold\"\n\t\t'wdth' (mod ):\t100.0\n\t\t'wght' (mod ):\t720.0\n"
               "\t\t'wght' (orig):\t700.0\n\n");
     EXPECT_EQ(CompareOpenType(original, original, "fvar"), "");
+    // Names renumbered (as around an inserted axis) are the same names: "Regular" under 2 is no change.
+    FontTables renumbered = VariableFont();
+    renumbered["fvar"] = MakeFvar({{"wght", 100, 400, 900, 256}}, {{2, {400}, 261}, {258, {700}, 259}});
+    EXPECT_EQ(CompareOpenType(renumbered, original, "fvar"), "");
 }
 
 TEST(Variations, AvarPairsByFromCoordinateAndVersionTwoDeltas) {
@@ -82,7 +87,7 @@ TEST(Variations, AvarPairsByFromCoordinateAndVersionTwoDeltas) {
 TEST(Variations, StatAxisValuesOfEveryFormat) {
     FontTables original = VariableFont(), modified = VariableFont();
     original["STAT"] = MakeStat(2, 700);
-    modified["STAT"] = MakeStat(260, 720);
+    modified["STAT"] = MakeStat(262, 720);
     EXPECT_EQ(DumpOpenType(original, "STAT"),
               "\tVersion:\t1.1\n\tDesign axis size:\t8\n\tDesign axis count:\t2\n\tAxis value count:\t4\n"
               "\tElided fallback name:\t2 \"Regular\"\n"
@@ -97,9 +102,13 @@ TEST(Variations, StatAxisValuesOfEveryFormat) {
               "\tAxis value 'wght', 'wdth' \"Bold Condensed\"\n\t\tFormat:\t4\n\t\tFlags:\t0x0000\n"
               "\t\tName:\t265 \"Bold Condensed\"\n\t\tValue 'wght':\t700.0\n\t\tValue 'wdth':\t75.0\n");
     EXPECT_EQ(CompareOpenType(modified, original, "STAT"),
-              "\tElided fallback name (mod ):\t260 \"Regular\"\n\tElided fallback name (orig):\t2 \"Regular\"\n"
+              "\tElided fallback name (mod ):\t262 \"Condensed\"\n\tElided fallback name (orig):\t2 \"Regular\"\n"
               "\t### Changed axis values:\n\tAxis value 'wght' \"Regular\"\n"
               "\t\tLinked value (mod ):\t720.0\n\t\tLinked value (orig):\t700.0\n\n");
+    // The same name under another name ID is not a change.
+    FontTables renumbered = VariableFont();
+    renumbered["STAT"] = MakeStat(260, 700);
+    EXPECT_EQ(CompareOpenType(renumbered, original, "STAT"), "");
 }
 
 // 'HVAR' with implicit advances and a left side bearing map whose glyphs past its
@@ -117,7 +126,7 @@ TEST(Variations, HvarDeltaSetsAndTheGlyphsThatReachThem) {
               "\t\tAdvance deltas (orig):\tregion 0: 20, region 1: -20\n\n");
     std::string dump = DumpOpenType(original, "HVAR");
     EXPECT_NE(dump.find("\tGlyph 0\n\t\tAdvance deltas:\tregion 0: 10, region 1: -10\n"
-                        "\t\tLeft side bearing deltas:\tregion 0: 0, region 1: 0\n"),
+                        "\t\tLeft side bearing deltas:\tnone\n"),
               std::string::npos)
         << dump;
     EXPECT_NE(dump.find("\tGlyph 3\n\t\tAdvance deltas:\tregion 0: 30, region 1: -30\n"
@@ -131,9 +140,20 @@ TEST(Variations, MvarValueRecordsByTag) {
     original["MVAR"] = MakeMvar(1);
     modified["MVAR"] = MakeMvar(3);
     EXPECT_EQ(CompareOpenType(modified, original, "MVAR"),
-              "\t### Changed value records:\n\tValue 'xhgt'\n\t\tDelta-set index (mod ):\t0, 3\n"
-              "\t\tDelta-set index (orig):\t0, 1\n\t\tDeltas (mod ):\tregion 0: 30, region 1: -30\n"
-              "\t\tDeltas (orig):\tregion 0: 0, region 1: 0\n\n");
+              "\t### Changed value records:\n\tValue 'xhgt'\n"
+              "\t\tDeltas (mod ):\tregion 0: 30, region 1: -30\n\t\tDeltas (orig):\tnone\n\n");
+}
+
+// What a glyph or a value reaches is compared without the store's encoding: the
+// order of a row's regions and the zero deltas that pad it.
+TEST(Variations, ReachedDeltasByRegionWithoutZeros) {
+    const std::pair<VellDeltaSet, const char*> cases[] = {
+        {{{1, 0}, {5, -3}}, "region 0: -3, region 1: 5"},
+        {{{0, 1}, {0, 0}}, "none"},
+        {{{2, 0, 1}, {0, 7, 0}}, "region 0: 7"},
+        {{{}, {}}, "none"},
+    };
+    for (const auto& [set, expected] : cases) EXPECT_EQ(ReachedDeltasText(set), expected) << expected;
 }
 
 // Glyph 1: one shared tuple over all points; glyph 2: an embedded peak with

@@ -64,7 +64,7 @@ VariationRecords GlyphRecords(VellView table, VellTag tag, TFontContext* font, V
             VellDeltaSetIndex index = map.map.Entry(glyph);
             VellDeltaSet set = store.DeltaSet(index.outer, index.inner);
             if (!budget.Spend(1 + set.deltas.size())) return records;
-            record.Field(map.metric->label, DeltaSetText(set));
+            record.Field(map.metric->label, ReachedDeltasText(set));
         }
         records.push_back(std::move(record));
     }

@@ -33,8 +33,8 @@ VariationRecords ValueRecords(VellView mvar) {
         std::string tag = TagText(mvar.tag(at));
         uint16_t outer = mvar.u16(at + 4), inner = mvar.u16(at + 6);
         records.push_back(VariationRecord{tag, "Value " + tag, {}}
-                              .Field("Delta-set index", std::to_string(outer) + ", " + std::to_string(inner))
-                              .Field("Deltas", DeltaSetText(store.DeltaSet(outer, inner))));
+                              .Note("Delta-set index", std::to_string(outer) + ", " + std::to_string(inner))
+                              .Field("Deltas", ReachedDeltasText(store.DeltaSet(outer, inner))));
     }
     MakeKeysUnique(records);
     return records;

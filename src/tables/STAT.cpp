@@ -42,7 +42,7 @@ VariationRecords DesignAxisRecords(VellView stat, VellFontRef font) {
         VellView record = stat.sub(axes.start + axis * axes.size, axes.size);
         std::string tag = TagText(record.tag(0));
         records.push_back(VariationRecord{tag, "Design axis " + tag, {}}
-                              .Field("Name", NameText(font, record.u16(4)))
+                              .NameField("Name", font, record.u16(4))
                               .Field("Ordering", std::to_string(record.u16(6))));
     }
     MakeKeysUnique(records);
@@ -68,7 +68,7 @@ VariationRecords AxisValueRecords(VellView stat, VellFontRef font) {
         // valueNameID at the same place.
         uint16_t flags = value.u16(4), nameID = value.u16(6);
         VariationRecord record;
-        record.Field("Format", std::to_string(format)).Field("Flags", HexText(flags)).Field("Name", NameText(font, nameID));
+        record.Field("Format", std::to_string(format)).Field("Flags", HexText(flags)).NameField("Name", font, nameID);
         std::string axisTags;
         if (format == 4) {
             size_t axisCount = value.records_that_fit(8, value.u16(2), kAxisValueRecordBytes);
@@ -99,9 +99,10 @@ VariationRecords AxisValueRecords(VellView stat, VellFontRef font) {
     return records;
 }
 
-std::string ElidedFallbackName(VellView stat, VellFontRef font) {
-    if (stat.u32(0) < kVersionWithElidedName) return "none";
-    return NameText(font, stat.u16(kElidedFallbackNameOffset));
+VariationField ElidedFallbackName(VellView stat, VellFontRef font) {
+    constexpr const char* kLabel = "Elided fallback name";
+    if (stat.u32(0) < kVersionWithElidedName) return {kLabel, "none", true, {}};
+    return NameValue(kLabel, font, stat.u16(kElidedFallbackNameOffset));
 }
 
 }  // namespace
@@ -110,7 +111,8 @@ int32_t TSTATTableDumper::DumpTableContents() {
     if (!GetTableHandle() || GetOutputFile() == nullptr) return 1;
     VellView table = GetTableView();
     DumpFieldRows(1, kStatHeaderRows, table);
-    PrintStringField(1, "Elided fallback name", ElidedFallbackName(table, GetFont()));
+    VariationField elidedName = ElidedFallbackName(table, GetFont());
+    PrintStringField(1, elidedName.label, elidedName.value);
     DumpVariationRecords(*this, 1, DesignAxisRecords(table, GetFont()));
     DumpVariationRecords(*this, 1, AxisValueRecords(table, GetFont()));
     return 0;
@@ -120,7 +122,7 @@ int32_t TSTATTableComparator::DumpTableDeltas() {
     if (!HasBothTables()) return 1;
     VellView modified = GetTableView(), original = GetOriginalTableView();
     CompareFieldRows(1, kStatHeaderRows, modified, original);
-    CompareValue(*this, 1, "Elided fallback name", ElidedFallbackName(modified, GetModifiedFont()),
+    CompareField(*this, 1, ElidedFallbackName(modified, GetModifiedFont()),
                  ElidedFallbackName(original, GetOriginalFont()));
     CompareVariationRecords(*this, "design axes", DesignAxisRecords(modified, GetModifiedFont()),
                             DesignAxisRecords(original, GetOriginalFont()));

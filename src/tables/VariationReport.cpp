@@ -33,7 +33,7 @@ bool RecordsDiffer(const VariationRecord& modified, const VariationRecord& origi
     for (const VariationField& field : modified.fields) {
         if (!field.compared) continue;
         const VariationField* other = FindField(original, field.label);
-        if (other == nullptr || other->value != field.value) return true;
+        if (other == nullptr || other->Compared() != field.Compared()) return true;
     }
     for (const VariationField& field : original.fields)
         if (field.compared && FindField(modified, field.label) == nullptr) return true;
@@ -48,7 +48,7 @@ void PrintChangedRecord(TTableDumper& dumper, int indent, const VariationRecord&
     for (const VariationField& field : modified.fields) {
         if (!field.compared) continue;
         const VariationField* other = FindField(original, field.label);
-        if (other != nullptr && other->value == field.value) continue;
+        if (other != nullptr && other->Compared() == field.Compared()) continue;
         dumper.PrintStringField(indent + 1, ModLabel(field.label), field.value);
         if (other != nullptr) dumper.PrintStringField(indent + 1, OrigLabel(field.label), other->value);
     }
@@ -83,10 +83,13 @@ std::string NameOnly(VellFontRef font, uint16_t nameID) {
     return name;
 }
 
-std::string NameText(VellFontRef font, uint16_t nameID) {
-    std::string text = std::to_string(nameID);
-    if (font != nullptr) text += " \"" + NameOnly(font, nameID) + "\"";
-    return text;
+VariationField NameValue(std::string label, VellFontRef font, uint16_t nameID) {
+    VariationField field{std::move(label), std::to_string(nameID), true, {}};
+    if (font == nullptr) return field;
+    std::string name = NameOnly(font, nameID);
+    field.value += " \"" + name + "\"";
+    if (!name.empty()) field.comparedText = "\"" + name + "\"";
+    return field;
 }
 
 std::vector<VellTag> FontAxisTags(TFontContext* font) {
@@ -133,6 +136,19 @@ std::string DeltaSetText(const VellDeltaSet& set) {
         text += "region " + std::to_string(set.regionIndexes[i]) + ": " + std::to_string(set.deltas[i]);
     }
     return text.empty() ? "none" : text;
+}
+
+std::string ReachedDeltasText(const VellDeltaSet& set) {
+    VellDeltaSet reached;
+    std::vector<size_t> order;
+    for (size_t i = 0; i < set.deltas.size() && i < set.regionIndexes.size(); ++i)
+        if (set.deltas[i] != 0) order.push_back(i);
+    std::ranges::stable_sort(order, {}, [&](size_t i) { return set.regionIndexes[i]; });
+    for (size_t i : order) {
+        reached.regionIndexes.push_back(set.regionIndexes[i]);
+        reached.deltas.push_back(set.deltas[i]);
+    }
+    return DeltaSetText(reached);
 }
 
 void MakeKeysUnique(VariationRecords& records) {
@@ -266,11 +282,10 @@ void CompareItemVariationStores(TTableDumper& dumper, VellView modifiedBytes, co
     if (budget.Spent()) PrintBudgetSpent(dumper);
 }
 
-void CompareValue(TTableDumper& dumper, int indent, std::string_view label, const std::string& modified,
-                  const std::string& original) {
-    if (modified == original) return;
-    dumper.PrintStringField(indent, ModLabel(label), modified);
-    dumper.PrintStringField(indent, OrigLabel(label), original);
+void CompareField(TTableDumper& dumper, int indent, const VariationField& modified, const VariationField& original) {
+    if (modified.Compared() == original.Compared()) return;
+    dumper.PrintStringField(indent, ModLabel(modified.label), modified.value);
+    dumper.PrintStringField(indent, OrigLabel(original.label), original.value);
 }
 
 std::string HexText(uint16_t value) {

@@ -20,7 +20,15 @@ struct VariationField {
     std::string label;
     std::string value;
     bool compared = true;
+    // What is compared when it is not the printed value (empty: the value itself).
+    std::string comparedText;
+    const std::string& Compared() const { return comparedText.empty() ? value : comparedText; }
 };
+// A name ID and the name behind it in the font's 'name': 256 "Weight". It
+// compares by the name where the font has one, so that names renumbered around
+// an inserted axis or instance are not changes. A 'name' that cannot be read
+// throws TVellCmpVellException.
+VariationField NameValue(std::string label, VellFontRef font, uint16_t nameID);
 
 // One record of a table (an axis, an instance, a segment map, a delta set...):
 // the key that matches it with the other font's record, the line that heads it,
@@ -31,11 +39,15 @@ struct VariationRecord {
     std::vector<VariationField> fields;
 
     VariationRecord& Field(std::string label, std::string value) {
-        fields.push_back({std::move(label), std::move(value)});
+        fields.push_back({std::move(label), std::move(value), true, {}});
         return *this;
     }
     VariationRecord& Note(std::string label, std::string value) {
-        fields.push_back({std::move(label), std::move(value), false});
+        fields.push_back({std::move(label), std::move(value), false, {}});
+        return *this;
+    }
+    VariationRecord& NameField(std::string label, VellFontRef font, uint16_t nameID) {
+        fields.push_back(NameValue(std::move(label), font, nameID));
         return *this;
     }
 };
@@ -48,9 +60,6 @@ std::string FixedText(int32_t value);
 std::string F2Dot14Text(int16_t value);
 // "'wght'"
 std::string TagText(VellTag tag);
-// A name ID and the name behind it in the font's 'name': 256 "Weight". A 'name'
-// that cannot be read throws TVellCmpVellException.
-std::string NameText(VellFontRef font, uint16_t nameID);
 // The name alone, for matching records by name; empty when the font has none.
 std::string NameOnly(VellFontRef font, uint16_t nameID);
 // The axis tags of a font's 'fvar', in axis order (empty without one).
@@ -64,6 +73,9 @@ std::string RegionText(const std::vector<VellRegionAxis>& region, const std::vec
 std::string GlyphHeading(TFontContext* font, uint32_t glyph);
 // Deltas beside their regions: "region 0: -12, region 3: 40"; "none" when empty.
 std::string DeltaSetText(const VellDeltaSet& set);
+// The deltas a glyph or a value reaches, by region index and without zeros: what
+// they add at any location, however the store orders its regions or pads its rows.
+std::string ReachedDeltasText(const VellDeltaSet& set);
 
 // Records under a keyed list: when two records of one list share a key, the
 // later ones get " #2", " #3"... so that each stays matched with its own.
@@ -111,7 +123,6 @@ void CompareItemVariationStores(TTableDumper& dumper, VellView modified, const s
                                 VellView original, const std::vector<VellTag>& originalAxes);
 
 // A value of a table's own (not of a record) as a changed-value pair, when it differs.
-void CompareValue(TTableDumper& dumper, int indent, std::string_view label, const std::string& modified,
-                  const std::string& original);
+void CompareField(TTableDumper& dumper, int indent, const VariationField& modified, const VariationField& original);
 // "0x" and four hexadecimal digits, as flags print.
 std::string HexText(uint16_t value);

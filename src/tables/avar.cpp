@@ -72,8 +72,8 @@ VariationRecords AxisDeltaRecords(VellView avar, const std::vector<VellTag>& axi
         std::string tag = AxisText(axisTags, axis);
         VellDeltaSetIndex index = variations.axisIndexMap.Entry(static_cast<uint32_t>(axis));
         records.push_back(VariationRecord{tag, "Axis deltas " + tag, {}}
-                              .Field("Delta-set index", std::to_string(index.outer) + ", " + std::to_string(index.inner))
-                              .Field("Deltas", DeltaSetText(store.DeltaSet(index.outer, index.inner))));
+                              .Note("Delta-set index", std::to_string(index.outer) + ", " + std::to_string(index.inner))
+                              .Field("Deltas", ReachedDeltasText(store.DeltaSet(index.outer, index.inner))));
     }
     MakeKeysUnique(records);
     return records;

@@ -56,7 +56,7 @@ VariationRecords AxisRecords(VellView fvar, VellFontRef font) {
                               .Field("Default", FixedText(record.s32(8)))
                               .Field("Maximum", FixedText(record.s32(12)))
                               .Field("Flags", HexText(record.u16(16)))
-                              .Field("Name", NameText(font, record.u16(18))));
+                              .NameField("Name", font, record.u16(18)));
     }
     MakeKeysUnique(records);
     return records;
@@ -75,11 +75,11 @@ VariationRecords InstanceRecords(VellView fvar, VellFontRef font) {
         std::string name = NameOnly(font, nameID);
         if (name.empty()) name = "name " + std::to_string(nameID);
         VariationRecord& entry = records.emplace_back(VariationRecord{name, "Instance \"" + name + "\"", {}});
-        entry.Field("Subfamily name", NameText(font, nameID)).Field("Flags", HexText(record.u16(2)));
+        entry.NameField("Subfamily name", font, nameID).Field("Flags", HexText(record.u16(2)));
         for (size_t axis = 0; axis < layout.axisCount; ++axis)
             entry.Field(AxisText(tags, axis), FixedText(record.s32(kCoordinatesOffset + 4 * axis)));
         if (layout.hasPostScriptNames)
-            entry.Field("PostScript name", NameText(font, record.u16(kCoordinatesOffset + 4 * layout.axisCount)));
+            entry.NameField("PostScript name", font, record.u16(kCoordinatesOffset + 4 * layout.axisCount));
     }
     MakeKeysUnique(records);
     return records;

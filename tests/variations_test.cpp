@@ -38,11 +38,12 @@ std::string CompareOpenType(const FontTables& modified, const FontTables& origin
 }
 
 // An inserted axis is one added axis, not a change of every axis after it; instances
-// are matched by name and their coordinates by axis tag.
+// are matched by name and their coordinates by axis tag, and an instance at the
+// inserted axis's default ("Regular") lies where it lay before.
 TEST(Variations, FvarAxesByTagAndInstancesByName) {
     FontTables original = VariableFont(), modified = VariableFont();
     modified["fvar"] = MakeFvar({{"wdth", 75, 100, 100, 257}, {"wght", 100, 450, 900, 256}},
-                                {{260, {100, 400}, 261}, {258, {100, 720}, 259}, {262, {75, 400}, 263}});
+                                {{260, {100, 400}, 261}, {258, {75, 720}, 259}, {262, {75, 400}, 263}});
     EXPECT_EQ(CompareOpenType(modified, original, "fvar"),
               "\tAxis count (mod ):\t2\n\tAxis count (orig):\t1\n\tInstance count (mod ):\t3\n"
               "\tInstance count (orig):\t2\n\tInstance size (mod ):\t14\n\tInstance size (orig):\t10\n"
@@ -53,8 +54,8 @@ TEST(Variations, FvarAxesByTagAndInstancesByName) {
               "\t### Added instances (in modified font and not original font):\n"
               "\tInstance \"Condensed\"\n\t\tSubfamily name:\t262 \"Condensed\"\n\t\tFlags:\t0x0000\n"
               "\t\t'wdth':\t75.0\n\t\t'wght':\t400.0\n\t\tPostScript name:\t263 \"Sample-Condensed\"\n\n"
-              "\t### Changed instances:\n\tInstance \"Regular\"\n\t\t'wdth' (mod ):\t100.0\n"
-              "\tInstance \"Bold\"\n\t\t'wdth' (mod ):\t100.0\n\t\t'wght' (mod ):\t720.0\n"
+              "\t### Changed instances:\n"
+              "\tInstance \"Bold\"\n\t\t'wdth' (mod ):\t75.0\n\t\t'wght' (mod ):\t720.0\n"
               "\t\t'wght' (orig):\t700.0\n\n");
     EXPECT_EQ(CompareOpenType(original, original, "fvar"), "");
     // Names renumbered (as around an inserted axis) are the same names: "Regular" under 2 is no change.

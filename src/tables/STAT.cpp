@@ -101,7 +101,7 @@ VariationRecords AxisValueRecords(VellView stat, VellFontRef font) {
 
 VariationField ElidedFallbackName(VellView stat, VellFontRef font) {
     constexpr const char* kLabel = "Elided fallback name";
-    if (stat.u32(0) < kVersionWithElidedName) return {kLabel, "none", true, {}};
+    if (stat.u32(0) < kVersionWithElidedName) return {kLabel, "none", true, {}, false};
     return NameValue(kLabel, font, stat.u16(kElidedFallbackNameOffset));
 }
 

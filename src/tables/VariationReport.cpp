@@ -33,10 +33,10 @@ bool RecordsDiffer(const VariationRecord& modified, const VariationRecord& origi
     for (const VariationField& field : modified.fields) {
         if (!field.compared) continue;
         const VariationField* other = FindField(original, field.label);
-        if (other == nullptr || other->Compared() != field.Compared()) return true;
+        if (other == nullptr ? !field.sameWhenAbsent : other->Compared() != field.Compared()) return true;
     }
     for (const VariationField& field : original.fields)
-        if (field.compared && FindField(modified, field.label) == nullptr) return true;
+        if (field.compared && !field.sameWhenAbsent && FindField(modified, field.label) == nullptr) return true;
     return false;
 }
 
@@ -48,12 +48,12 @@ void PrintChangedRecord(TTableDumper& dumper, int indent, const VariationRecord&
     for (const VariationField& field : modified.fields) {
         if (!field.compared) continue;
         const VariationField* other = FindField(original, field.label);
-        if (other != nullptr && other->Compared() == field.Compared()) continue;
+        if (other == nullptr ? field.sameWhenAbsent : other->Compared() == field.Compared()) continue;
         dumper.PrintStringField(indent + 1, ModLabel(field.label), field.value);
         if (other != nullptr) dumper.PrintStringField(indent + 1, OrigLabel(field.label), other->value);
     }
     for (const VariationField& field : original.fields)
-        if (field.compared && FindField(modified, field.label) == nullptr)
+        if (field.compared && !field.sameWhenAbsent && FindField(modified, field.label) == nullptr)
             dumper.PrintStringField(indent + 1, OrigLabel(field.label), field.value);
 }
 
@@ -84,7 +84,7 @@ std::string NameOnly(VellFontRef font, uint16_t nameID) {
 }
 
 VariationField NameValue(std::string label, VellFontRef font, uint16_t nameID) {
-    VariationField field{std::move(label), std::to_string(nameID), true, {}};
+    VariationField field{std::move(label), std::to_string(nameID), true, {}, false};
     if (font == nullptr) return field;
     std::string name = NameOnly(font, nameID);
     field.value += " \"" + name + "\"";

@@ -22,6 +22,9 @@ struct VariationField {
     bool compared = true;
     // What is compared when it is not the printed value (empty: the value itself).
     std::string comparedText;
+    // Whether a record without this field is the same: an instance's coordinate
+    // at its axis's default is where a font without that axis places it.
+    bool sameWhenAbsent = false;
     const std::string& Compared() const { return comparedText.empty() ? value : comparedText; }
 };
 // A name ID and the name behind it in the font's 'name': 256 "Weight". It
@@ -39,11 +42,11 @@ struct VariationRecord {
     std::vector<VariationField> fields;
 
     VariationRecord& Field(std::string label, std::string value) {
-        fields.push_back({std::move(label), std::move(value), true, {}});
+        fields.push_back({std::move(label), std::move(value), true, {}, false});
         return *this;
     }
     VariationRecord& Note(std::string label, std::string value) {
-        fields.push_back({std::move(label), std::move(value), false, {}});
+        fields.push_back({std::move(label), std::move(value), false, {}, false});
         return *this;
     }
     VariationRecord& NameField(std::string label, VellFontRef font, uint16_t nameID) {

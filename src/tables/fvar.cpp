@@ -21,6 +21,7 @@ constexpr size_t kInstanceSizeOffset = 14;
 
 // VariationAxisRecord: axisTag, minValue, defaultValue, maxValue, flags, axisNameID.
 constexpr size_t kAxisRecordBytes = 20;
+constexpr size_t kDefaultValueOffset = 8;
 // InstanceRecord: subfamilyNameID, flags, coordinates[axisCount], then
 // postScriptNameID when instanceSize leaves room for it.
 constexpr size_t kCoordinatesOffset = 4;
@@ -53,7 +54,7 @@ VariationRecords AxisRecords(VellView fvar, VellFontRef font) {
         std::string tag = TagText(record.tag(0));
         records.push_back(VariationRecord{tag, "Axis " + tag, {}}
                               .Field("Minimum", FixedText(record.s32(4)))
-                              .Field("Default", FixedText(record.s32(8)))
+                              .Field("Default", FixedText(record.s32(kDefaultValueOffset)))
                               .Field("Maximum", FixedText(record.s32(12)))
                               .Field("Flags", HexText(record.u16(16)))
                               .NameField("Name", font, record.u16(18)));
@@ -76,8 +77,12 @@ VariationRecords InstanceRecords(VellView fvar, VellFontRef font) {
         if (name.empty()) name = "name " + std::to_string(nameID);
         VariationRecord& entry = records.emplace_back(VariationRecord{name, "Instance \"" + name + "\"", {}});
         entry.NameField("Subfamily name", font, nameID).Field("Flags", HexText(record.u16(2)));
-        for (size_t axis = 0; axis < layout.axisCount; ++axis)
-            entry.Field(AxisText(tags, axis), FixedText(record.s32(kCoordinatesOffset + 4 * axis)));
+        for (size_t axis = 0; axis < layout.axisCount; ++axis) {
+            int32_t coordinate = record.s32(kCoordinatesOffset + 4 * axis);
+            entry.Field(AxisText(tags, axis), FixedText(coordinate));
+            size_t defaultAt = layout.axesStart + axis * layout.axisSize + kDefaultValueOffset;
+            entry.fields.back().sameWhenAbsent = coordinate == fvar.s32(defaultAt);
+        }
         if (layout.hasPostScriptNames)
             entry.NameField("PostScript name", font, record.u16(kCoordinatesOffset + 4 * layout.axisCount));
     }

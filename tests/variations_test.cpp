@@ -136,6 +136,26 @@ TEST(Variations, HvarDeltaSetsAndTheGlyphsThatReachThem) {
         << dump;
 }
 
+// A region over a second axis without a peak is the region over the first axis
+// alone, as in a font that gained that axis; a peak there makes it another region.
+TEST(Variations, RegionsCompareTheAxesWithAPeak) {
+    auto hvar = [](double secondPeak) {
+        TableWriter table;
+        table.U32(0x00010000).U32(20).U32(0).U32(0).U32(0);
+        table.U16(1).U32(12).U16(1).U32(40).U16(2).U16(2);
+        table.U16(0).U16(F2Dot14(1)).U16(F2Dot14(1)).U16(0).U16(F2Dot14(secondPeak)).U16(F2Dot14(secondPeak));
+        table.U16(F2Dot14(-1)).U16(F2Dot14(-1)).U16(0).U16(0).U16(0).U16(0);
+        return Bytes(table.U16(1).U16(0).U16(2).U16(0).U16(1).U8(10).U8(0xF6));
+    };
+    FontTables original = VariableFont(), modified = VariableFont(), peaked = VariableFont();
+    original["HVAR"] = Joined(TableWriter().U32(0x00010000).U32(20).U32(0).U32(0).U32(0), MakeStore({{10, -10}}));
+    modified["HVAR"] = hvar(0);
+    peaked["HVAR"] = hvar(1);
+    EXPECT_EQ(CompareOpenType(modified, original, "HVAR"), "");
+    EXPECT_EQ(CompareOpenType(peaked, original, "HVAR"),
+              "\t### Changed regions:\n\tRegion 0\n\t\taxis 1 (mod ):\tpeak 1.0 (0.0 to 1.0)\n\n");
+}
+
 TEST(Variations, MvarValueRecordsByTag) {
     FontTables original = VariableFont(), modified = VariableFont();
     original["MVAR"] = MakeMvar(1);

@@ -215,6 +215,9 @@ VariationRecords StoreRegionRecords(const VellItemVariationStore& store, const s
             record.Field(AxisText(axisTags, axis), "peak " + F2Dot14Text(coordinates.peak) + " (" +
                                                        F2Dot14Text(coordinates.start) + " to " +
                                                        F2Dot14Text(coordinates.end) + ")");
+            // An axis without a peak leaves the region's scalar as it is, as an axis
+            // the other font's store does not span would.
+            record.fields.back().sameWhenAbsent = coordinates.peak == 0;
         }
     }
     return records;

@@ -23,7 +23,8 @@ struct VariationField {
     // What is compared when it is not the printed value (empty: the value itself).
     std::string comparedText;
     // Whether a record without this field is the same: an instance's coordinate
-    // at its axis's default is where a font without that axis places it.
+    // at its axis's default is where a font without that axis places it, and a
+    // region's axis without a peak spans the same region as no axis at all.
     bool sameWhenAbsent = false;
     const std::string& Compared() const { return comparedText.empty() ? value : comparedText; }
 };

@@ -1142,10 +1142,9 @@ VellItemVariationStore GDEFVariationStore(VellView gdef) {
     return VellItemVariationStore(gdef.sub(gdef.u32(14)));
 }
 
-// "region 0: -5, region 3: 2", each delta beside the region it applies in.
-// A delta set's deltas by region, in region order and without the zero ones,
-// which move nothing: two stores that keep the same deltas in other rows or
-// other region orders give the same text.
+// "region 0: -5, region 3: 2": a delta set's deltas beside the regions they apply
+// in, in region order and without the zero ones, which move nothing, so that two
+// stores that keep the same deltas in other rows or region orders agree.
 std::string DeltasText(const VellDeltaSet& set) {
     std::vector<std::pair<uint16_t, int32_t>> deltas;
     for (size_t i = 0; i < set.deltas.size() && i < set.regionIndexes.size(); ++i) {

@@ -41,7 +41,8 @@ FILE* NullReport() {
 void RunComparator(benchmark::State& state, const char* tag) {
     const LoadedPair& pair = ChangedPair();
     for (auto _ : state) {
-        auto comparator = MakeTableComparator(pair.Modified(), pair.Original(), VellMakeTag(
+        TFontContext modified(pair.Modified()), original(pair.Original());
+        auto comparator = MakeTableComparator(modified, original, VellMakeTag(
             {tag[0], tag[1], tag[2], tag[3], '\0'}), NullReport());
         benchmark::DoNotOptimize(comparator->DumpTable());
     }

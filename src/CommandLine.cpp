@@ -16,7 +16,8 @@ namespace {
 constexpr size_t kReportBufferBytes = size_t{1} << 20;
 
 // getopt_long's values for the long options without a letter of their own.
-enum : int { kSummaryValue = 256, kTablesValue, kExcludeTablesValue, kExitCodeValue, kColorValue, kLongHelpValue };
+enum : int { kSummaryValue = 256, kTablesValue, kExcludeTablesValue, kExitCodeValue, kColorValue, kLongHelpValue,
+             kOpenTypeValue };
 
 struct LongOptionRow {
     unsigned flag;
@@ -38,6 +39,9 @@ const LongOptionRow kLongOptionRows[] = {
     {kLongColor, {"color", optional_argument, nullptr, kColorValue},
      "\t--color[=WHEN] Colour the changed values and the differing rows of hex differences: never (the default), "
      "always (when WHEN is left out) or auto (on a terminal, unless NO_COLOR is set)\n"},
+    {kLongOpenType, {"opentype", no_argument, nullptr, kOpenTypeValue},
+     "\t--opentype Also decode the OpenType tables that otherwise print as hex: layout, outline and variation "
+     "tables\n"},
     {kLongHelp, {"help", no_argument, nullptr, kLongHelpValue}, "\t--help Output this message with the long options\n"},
     {kLongVersion, {"version", no_argument, nullptr, 'V'}, "\t--version Output the tool's version to stdout\n"},
 };
@@ -111,6 +115,7 @@ CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters, uns
             case kExitCodeValue: gExitCodeByDifference = 1; break;
             case kColorValue: options.error = !ParseColorMode(optarg, &color); break;
             case kLongHelpValue: options.help = options.longHelp = true; break;
+            case kOpenTypeValue: gOpenType = 1; break;
             default:
                 std::fprintf(stderr, "#### ERROR:  Unknown option: %c\n", option);
                 options.error = 1;

@@ -18,6 +18,7 @@ enum LongOption : unsigned {
     kLongSummary = 1u << 3,   // --summary
     kLongTables = 1u << 4,    // --tables=TAG[,TAG...] and --exclude-tables=TAG[,TAG...]
     kLongExitCode = 1u << 5,  // --exit-code
+    kLongOpenType = 1u << 6,  // --opentype
 };
 
 struct CommandLineOptions {

@@ -22,6 +22,7 @@ extern std::vector<VellTag> gAccountTables;   // --tables: the changed tables th
 extern std::vector<VellTag> gExcludedTables;  // --exclude-tables: the changed tables that get none
 extern uint8_t gColorReport;          // --color, as decided for the report stream
 extern uint8_t gExitCodeByDifference; // --exit-code: 0 identical, 1 different, 2 failure
+extern uint8_t gOpenType;             // --opentype: the handlers of the OpenType handler set as well
 
 // Set once any compared pair differs (a table added, deleted or changed) or a
 // font of the modified file has no partner: what --exit-code reports.

@@ -3,23 +3,8 @@
 #include <algorithm>
 
 #include "comparators/TTableComparator.h"
+#include "dumpers/TableHandlers.h"
 #include "framework/VellTables.h"
-#include "tables/EBSC.h"
-#include "tables/OS2.h"
-#include "tables/bdat.h"
-#include "tables/cmap.h"
-#include "tables/feat.h"
-#include "tables/glyf.h"
-#include "tables/hdmx.h"
-#include "tables/head.h"
-#include "tables/hhea_vhea.h"
-#include "tables/hmtx_vmtx.h"
-#include "tables/hsty.h"
-#include "tables/maxp.h"
-#include "tables/mort_morx.h"
-#include "tables/name.h"
-#include "tables/post.h"
-#include "tables/prop.h"
 
 // ---- The font diff driver ----
 
@@ -114,6 +99,8 @@ void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* 
     std::fprintf(gReportFile, "#####End tables deleted\n\n");
 
     std::fprintf(gReportFile, "##### Tables changed\n");
+    // What the comparators ask of each font is read once for the whole pair.
+    TFontContext modifiedContext(modifiedFont), originalContext(originalFont);
     for (uint32_t index = 1; index <= modifiedCount; ++index) {
         VellTag tag = 0;
         uint32_t modifiedLength = VellGetFontTable(modifiedFont, index, nullptr, &tag, record);
@@ -139,7 +126,7 @@ void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* 
         if (!TableGetsAccount(tag)) continue;
         try {
             std::unique_ptr<TTableComparator> comparator =
-                MakeTableComparator(modifiedFont, originalFont, tag, gReportFile);
+                MakeTableComparator(modifiedContext, originalContext, tag, gReportFile);
             if (comparator) {
                 comparator->DumpTable();
                 comparator.reset();
@@ -156,154 +143,23 @@ void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* 
 
 // ---- The registry ----
 
-namespace {
+std::unique_ptr<TTableComparator> MakeTableComparator(TFontContext& modified, TFontContext& original, VellTag tag,
+                                                      FILE* out) {
+    // Both tables, then what any comparator may ask of either font: a font whose
+    // side tables cannot be read fails every changed table alike.
+    modified.Table(tag);
+    original.Table(tag);
+    modified.CheckSideTables();
+    original.CheckSideTables();
+    if (!modified.HasTable(tag) || !original.HasTable(tag)) return nullptr;
 
-// What the comparators need beyond their two tables: glyph counts, both 'post'
-// tables and the first 36 bytes of both fonts' 'hhea' and 'vhea'.
-struct ComparatorSideData {
-    uint32_t modifiedGlyphs = 0, originalGlyphs = 0;
-    VellHandle modifiedPost, originalPost;
-    VellHandle modifiedHhea, originalHhea, modifiedVhea, originalVhea;
-};
-
-constexpr uint32_t kMetricHeaderBytes = 36;
-constexpr size_t kLongMetricCountOffset = 34;
-
-ComparatorSideData FetchSideData(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* record) {
-    ComparatorSideData side;
-    side.modifiedGlyphs = VellCountFontGlyphs(modifiedFont, record);
-    ThrowIfVellError(*record);
-    side.originalGlyphs = VellCountFontGlyphs(originalFont, record);
-    ThrowIfVellError(*record);
-    side.modifiedPost = VellGetFontTableHandle(modifiedFont, VellMakeTag("post"), nullptr, record);
-    ThrowIfVellError(*record);
-    side.originalPost = VellGetFontTableHandle(originalFont, VellMakeTag("post"), nullptr, record);
-    ThrowIfVellError(*record);
-    auto header = [&](VellFontRef font, VellTag tag) {
-        uint32_t size = kMetricHeaderBytes;
-        VellHandle bytes = VellGetFontTablePtr(font, tag, &size, record);
-        ThrowIfVellError(*record);
-        return bytes;
-    };
-    side.modifiedHhea = header(modifiedFont, VellMakeTag("hhea"));
-    side.originalHhea = header(originalFont, VellMakeTag("hhea"));
-    side.modifiedVhea = header(modifiedFont, VellMakeTag("vhea"));
-    side.originalVhea = header(originalFont, VellMakeTag("vhea"));
-    return side;
-}
-
-// Releases the side data in the order the registry always has.
-void ReleaseSideData(ComparatorSideData& side, ErrorRecord* record) {
-    for (VellHandle* pointer : {&side.originalVhea, &side.modifiedVhea, &side.originalHhea, &side.modifiedHhea}) {
-        VelmDisposePtr(*pointer, record);
-        ThrowIfVellError(*record);
-    }
-    for (VellHandle* handle : {&side.originalPost, &side.modifiedPost}) {
-        VelmDisposeHandle(*handle, record);
-        ThrowIfVellError(*record);
-    }
-}
-
-// numberOfHMetrics or numOfLongVerMetrics from a header's first 36 bytes.
-uint16_t LongMetricCount(const VellHandle& header) {
-    return VelmView(header).u16(kLongMetricCountOffset);
-}
-
-std::unique_ptr<TTableComparator> ConstructComparator(VellTag tag, VellHandle modified, VellHandle original,
-                                                      VellFontRef modifiedFont, VellFontRef originalFont,
-                                                      const ComparatorSideData& side, FILE* out) {
-    switch (tag) {
-        case VellMakeTag("EBSC"):
-            return std::make_unique<TEBSCTableComparator>(std::move(modified), std::move(original), out);
-        case VellMakeTag("OS/2"):
-            return std::make_unique<TOS2TableComparator>(std::move(modified), std::move(original), out);
-        case VellMakeTag("bdat"): {
-            // The bitmap comparator is built, so that a damaged 'bloc' fails here,
-            // but a changed 'bdat' has always been reported by the 'head'
-            // comparator over the two 'bdat' tables.
-            ErrorRecord record;
-            TBDATTableComparator bitmaps(modifiedFont, VelmHandToHand(modified, &record), originalFont,
-                                         VelmHandToHand(original, &record), out);
-            return std::make_unique<THEADTableComparator>(std::move(modified), std::move(original), out);
-        }
-        case VellMakeTag("bhed"):
-        case VellMakeTag("head"):
-            return std::make_unique<THEADTableComparator>(std::move(modified), std::move(original), out);
-        case VellMakeTag("cmap"):
-            return std::make_unique<TCMAPTableComparator>(std::move(modified), modifiedFont, std::move(original),
-                                                          originalFont, out);
-        case VellMakeTag("feat"):
-            return std::make_unique<TFEATTableComparator>(std::move(modified), std::move(original), out);
-        case VellMakeTag("glyf"):
-            return std::make_unique<TGLYFTableComparator>(std::move(modified), modifiedFont, std::move(original),
-                                                          originalFont, out);
-        case VellMakeTag("hdmx"):
-            return std::make_unique<THDMXTableComparator>(std::move(modified), side.modifiedPost, side.modifiedGlyphs,
-                                                          std::move(original), side.originalPost,
-                                                          side.originalGlyphs, out);
-        case VellMakeTag("hhea"):
-            return std::make_unique<THHEATableComparator>(std::move(modified), std::move(original), out);
-        case VellMakeTag("hmtx"):
-            return std::make_unique<THMTXTableComparator>(
-                std::move(modified), side.modifiedPost, LongMetricCount(side.modifiedHhea), side.modifiedGlyphs,
-                std::move(original), side.originalPost, LongMetricCount(side.originalHhea), side.originalGlyphs, out);
-        case VellMakeTag("hsty"):
-            return std::make_unique<THSTYTableComparator>(std::move(modified), std::move(original), out);
-        case VellMakeTag("maxp"):
-            return std::make_unique<TMAXPTableComparator>(std::move(modified), std::move(original), out);
-        case VellMakeTag("mort"):
-            return std::make_unique<TMORTTableComparator>(std::move(modified), std::move(original), out);
-        case VellMakeTag("morx"):
-            return std::make_unique<TMORXTableComparator>(std::move(modified), std::move(original), out);
-        case VellMakeTag("name"):
-            return std::make_unique<TNAMETableComparator>(std::move(modified), std::move(original), out);
-        case VellMakeTag("post"):
-            return std::make_unique<TPOSTTableComparator>(modifiedFont, std::move(modified), originalFont,
-                                                          std::move(original), out);
-        case VellMakeTag("prop"):
-            return std::make_unique<TPROPTableComparator>(modifiedFont, std::move(modified), side.modifiedPost,
-                                                          originalFont, std::move(original), side.originalPost,
-                                                          out);
-        case VellMakeTag("vhea"):
-            return std::make_unique<TVHEATableComparator>(std::move(modified), std::move(original), out);
-        case VellMakeTag("vmtx"):
-            return std::make_unique<TVMTXTableComparator>(
-                std::move(modified), side.modifiedPost, LongMetricCount(side.modifiedVhea), side.modifiedGlyphs,
-                std::move(original), side.originalPost, LongMetricCount(side.originalVhea), side.originalGlyphs, out);
-        default:
-            return std::make_unique<TTableComparator>(std::move(modified), std::move(original), out);
-    }
-}
-
-}  // namespace
-
-std::unique_ptr<TTableComparator> MakeTableComparator(VellFontRef modifiedFont, VellFontRef originalFont,
-                                                      VellTag tag, FILE* out) {
-    ErrorRecord record;
-    ClearUSN(&record);
-    VellHandle modified = VellGetFontTableHandle(modifiedFont, tag, nullptr, &record);
-    ThrowIfVellError(record);
-    VellHandle original = VellGetFontTableHandle(originalFont, tag, nullptr, &record);
-    ThrowIfVellError(record);
-    ComparatorSideData side = FetchSideData(modifiedFont, originalFont, &record);
-
-    std::unique_ptr<TTableComparator> comparator;
-    if (modified && original) {
-        if (gVerbose) std::fprintf(stderr, "\tAbout to create the comparator\n");
-        // A changed 'loca' gets only the driver's tag line: its offsets say nothing
-        // that the 'glyf' comparison does not.
-        if (tag != VellMakeTag("loca"))
-            comparator = ConstructComparator(tag, std::move(modified), std::move(original), modifiedFont,
-                                             originalFont, side, out);
-        if (comparator) comparator->SetTableTag(tag);
-        if (gVerbose)
-            std::fprintf(stderr, "\tThe comparator == 0x%08lX\n",
-                         static_cast<unsigned long>(reinterpret_cast<uintptr_t>(comparator.get())));
-    }
-    ReleaseSideData(side, &record);
-    if (comparator) {
-        comparator->SetModifiedFont(modifiedFont);
-        comparator->SetOriginalFont(originalFont);
-    }
+    if (gVerbose) std::fprintf(stderr, "\tAbout to create the comparator\n");
+    const TableHandler* handler = FindComparatorHandler(tag);
+    std::unique_ptr<TTableComparator> comparator =
+        handler ? handler->comparator(modified, original, tag, out)
+                : std::make_unique<TTableComparator>(modified, original, tag, out);
+    if (gVerbose)
+        std::fprintf(stderr, "\tThe comparator == 0x%08lX\n",
+                     static_cast<unsigned long>(reinterpret_cast<uintptr_t>(comparator.get())));
     return comparator;
 }

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "VellCmpErrors.h"
+#include "dumpers/TFontContext.h"
 #include "framework/VellFontFile.h"
 
 // ---- The font diff driver and the registry ----
@@ -17,7 +18,8 @@ class TTableComparator;
 // holds -7 (already reported).
 void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* record);
 
-// The comparator for a changed table of this tag, with both tables and the side
-// data it needs, or null (for 'loca', or when either font lacks the table).
-std::unique_ptr<TTableComparator> MakeTableComparator(VellFontRef modifiedFont, VellFontRef originalFont,
-                                                      VellTag tag, FILE* out);
+// The comparator for a changed table of this tag, from the handler table (the
+// generic hex difference for a tag without a row), or null (for 'loca', or when
+// either font lacks the table). A table either font cannot read throws.
+std::unique_ptr<TTableComparator> MakeTableComparator(TFontContext& modified, TFontContext& original, VellTag tag,
+                                                      FILE* out);

@@ -1,6 +1,5 @@
-// The one-font dump: every table of a font printed in full through its dumper.
-// The factory makes the dumpers the comparison report's design names; the others
-// are made here, from the arguments their tables need.
+// The one-font dump: every table of a font printed in full through its dumper:
+// the factory's, or one the handler table gives velldump alone.
 #pragma once
 
 #include <cstdio>
@@ -13,7 +12,7 @@
 // The dumper for the font's table with this tag, or null when the font has none.
 // A table the framework cannot read leaves its code in the record (the factory
 // itself would end the run), and null is returned.
-std::unique_ptr<TTableDumper> MakeFontTableDumper(VellFontRef font, VellTag tag, FILE* out, ErrorRecord* record);
+std::unique_ptr<TTableDumper> MakeFontTableDumper(TFontContext& font, VellTag tag, FILE* out, ErrorRecord* record);
 
 // Prints the tables of one font with these tags (all of them, in directory order,
 // when there are none) to the report stream. A missing table is a warning on

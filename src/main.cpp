@@ -24,7 +24,7 @@ constexpr const char* kHeaderRule = "===========================================
 
 // The long options vellcmp takes.
 constexpr unsigned kVellcmpLongOptions =
-    kLongHelp | kLongVersion | kLongColor | kLongSummary | kLongTables | kLongExitCode;
+    kLongHelp | kLongVersion | kLongColor | kLongSummary | kLongTables | kLongExitCode | kLongOpenType;
 
 void PrintUsage(const std::string& name, bool longOptions) {
     PrintVersion(name);

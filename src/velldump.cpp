@@ -16,7 +16,7 @@
 namespace {
 
 // The long options velldump takes: those that make sense for one font.
-constexpr unsigned kVelldumpLongOptions = kLongHelp | kLongVersion | kLongColor;
+constexpr unsigned kVelldumpLongOptions = kLongHelp | kLongVersion | kLongColor | kLongOpenType;
 
 void PrintUsage(const std::string& name, bool longOptions) {
     PrintVersion(name);

@@ -45,9 +45,9 @@ FontTables WithBitmaps(const std::vector<Bytes>& bitmaps, uint32_t imageData = 4
 
 std::string BitmapDeltas(FontTables modified, FontTables original) {
     LoadedFont modifiedFont(modified), originalFont(original);
+    TFontContext modifiedContext(modifiedFont.font()), originalContext(originalFont.font());
     CapturedStream out;
-    TBDATTableComparator(modifiedFont.font(), VelmNewHandle(modified["bdat"]), originalFont.font(),
-                         VelmNewHandle(original["bdat"]), out.file()).DumpTableDeltas();
+    TBDATTableComparator(modifiedContext, originalContext, VellMakeTag("bdat"), out.file()).DumpTableDeltas();
     return out.Text();
 }
 

@@ -73,13 +73,14 @@ TEST(Driver, ZeroPaddingToAFourByteBoundaryIsNoChange) {
 
 TEST(Registry, BuildsTheGenericComparatorForTagsWithoutAHandler) {
     LoadedFont m(WithTable(Pattern(8, {0}))), o(WithTable(Pattern(8)));
-    auto comparator = MakeTableComparator(m.font(), o.font(), VellMakeTag("zzzz"), nullptr);
+    TFontContext modified(m.font()), original(o.font());
+    auto comparator = MakeTableComparator(modified, original, VellMakeTag("zzzz"), nullptr);
     ASSERT_TRUE(comparator);
     EXPECT_EQ(comparator->GetHandlerKind(), 11);
     EXPECT_EQ(comparator->GetTableTag(), VellMakeTag("zzzz"));
     EXPECT_EQ(comparator->GetModifiedFont(), m.font());
     EXPECT_EQ(comparator->GetOriginalFont(), o.font());
-    EXPECT_FALSE(MakeTableComparator(m.font(), o.font(), VellMakeTag("none"), nullptr));
+    EXPECT_FALSE(MakeTableComparator(modified, original, VellMakeTag("none"), nullptr));
 }
 
 TEST(Errors, FrameworkCodesMapToTheToolsCodes) {

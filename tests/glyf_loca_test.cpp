@@ -51,7 +51,8 @@ std::string Velldump(const FontTables& font, const char (&tag)[5]) {
     LoadedFont loaded(font);
     CapturedStream out;
     ErrorRecord record;
-    MakeFontTableDumper(loaded.font(), VellMakeTag(tag), out.file(), &record)->DumpTable();
+    TFontContext context(loaded.font());
+    MakeFontTableDumper(context, VellMakeTag(tag), out.file(), &record)->DumpTable();
     return out.Text();
 }
 
@@ -124,15 +125,9 @@ TEST(Glyf, DumperListsEachContourAfterTheLastPointOfOneAndTheStoredFlagByteAtEac
 // The registry makes no 'loca' comparator: one made as it would be.
 std::string CompareLoca(const FontTables& modified, const FontTables& original) {
     LoadedFont m(modified), o(original);
-    ErrorRecord record;
-    auto table = [&](const LoadedFont& font, VellTag tag) {
-        return VellGetFontTableHandle(font.font(), tag, nullptr, &record);
-    };
+    TFontContext modifiedContext(m.font()), originalContext(o.font());
     CapturedStream out;
-    TLOCATableComparator comparator(m.font(), table(m, VellMakeTag("loca")), table(m, VellMakeTag("post")), o.font(),
-                                    table(o, VellMakeTag("loca")), table(o, VellMakeTag("post")), out.file());
-    comparator.SetTableTag(VellMakeTag("loca"));
-    comparator.DumpTable();
+    TLOCATableComparator(modifiedContext, originalContext, VellMakeTag("loca"), out.file()).DumpTable();
     return out.Text();
 }
 

@@ -42,18 +42,29 @@ TEST(Hmtx, DumperLeavesTheGlyphLineOpenWithoutNamesSwitchAndShowsTrailingSideBea
     EXPECT_THAT(DumpTable(SampleFont(), "hmtx"), testing::HasSubstr("\tGlyph:\t2 (A)\n\t\tAdvance width:\t1200\n"));
 }
 
+// A font without 'post' whose metrics header ('hhea' for 'hmtx', 'vhea' for
+// 'vmtx') states `longMetrics` and whose 'maxp' counts `glyphs`.
+FontTables MetricsFont(const std::string& tag, const Bytes& table, uint16_t longMetrics, uint16_t glyphs) {
+    FontTables font = SampleFont();
+    font.Remove("post");
+    font["maxp"] = MakeMaxp(glyphs);
+    font[tag == "vmtx" ? "vhea" : "hhea"] = MakeHhea(longMetrics);
+    font[tag] = table;
+    return font;
+}
+
 TEST(Hmtx, HostileCountsListOnlyTheEntriesTheTableHolds) {
     // 65535 long metrics, or 65535 glyphs past two long metrics, over a 10-byte table;
     // an entry that only begins in it is listed, its missing bytes read as 0.
-    const std::string twoLong = "\tGlyph:\t0\n\t\tAdvance width:\t1000\n\t\tLeft-side bearing:\t0\n"
-                                "\tGlyph:\t1\n\t\tAdvance width:\t500\n\t\tLeft-side bearing:\t3\n\tGlyph:\t2\n";
+    const std::string twoLong = "\tGlyph:\t0\t\tAdvance width:\t1000\n\t\tLeft-side bearing:\t0\n"
+                                "\tGlyph:\t1\t\tAdvance width:\t500\n\t\tLeft-side bearing:\t3\n\tGlyph:\t2";
     const std::pair<uint16_t, std::string> cases[] = {
-        {65535, "\t\tAdvance width:\t65529\n\t\tLeft-side bearing:\t0\n"}, {2, "\t\tAdvance width:\t-7\n"}};
+        {65535, "\t\tAdvance width:\t65529\n\t\tLeft-side bearing:\t0\n"}, {2, "\n\t\tAdvance width:\t-7\n"}};
     for (const auto& [longMetrics, rest] : cases) {
         CapturedStream out;
-        THMTXTableDumper(VelmNewHandle(MakeHmtx({{1000, 0}, {500, 3}}, {-7})), VellHandle(), longMetrics, 65535,
-                         out.file())
-            .DumpTableContents();
+        LoadedFont font(MetricsFont("hmtx", MakeHmtx({{1000, 0}, {500, 3}}, {-7}), longMetrics, 65535));
+        TFontContext context(font.font());
+        THMTXTableDumper(context, VellMakeTag("hmtx"), out.file()).DumpTableContents();
         EXPECT_EQ(out.Text(), twoLong + rest);
     }
 }
@@ -90,11 +101,12 @@ TEST(Vmtx, ThreePhasesWithMissingGlyphsEachFollowedByAnEmptyLine) {
 }
 
 TEST(Vmtx, APhaseTwoGlyphPastTheShorterFontIsMissingAndHostileCountsStayBounded) {
-    auto deltas = [](const Bytes& modified, uint16_t modifiedLong, const Bytes& original, uint32_t originalGlyphs) {
+    auto deltas = [](const Bytes& modified, uint16_t modifiedLong, const Bytes& original, uint16_t originalGlyphs) {
+        LoadedFont modifiedFont(MetricsFont("vmtx", modified, modifiedLong, 65535));
+        LoadedFont originalFont(MetricsFont("vmtx", original, 1, originalGlyphs));
+        TFontContext modifiedContext(modifiedFont.font()), originalContext(originalFont.font());
         CapturedStream out;
-        TVMTXTableComparator(VelmNewHandle(modified), VellHandle(), modifiedLong, 65535, VelmNewHandle(original),
-                             VellHandle(), 1, originalGlyphs, out.file())
-            .DumpTableDeltas();
+        TVMTXTableComparator(modifiedContext, originalContext, VellMakeTag("vmtx"), out.file()).DumpTableDeltas();
         return out.Text();
     };
     EXPECT_THAT(deltas(MakeHmtx({{1000, 0}, {600, 1}, {700, 2}}), 3, MakeHmtx({{1000, 0}}, {9}), 2),
@@ -110,7 +122,8 @@ std::string DumpVmtx(const FontTables& font) {
     LoadedFont loaded(font);
     CapturedStream out;
     ErrorRecord record;
-    MakeFontTableDumper(loaded.font(), VellMakeTag("vmtx"), out.file(), &record)->DumpTableContents();
+    TFontContext context(loaded.font());
+    MakeFontTableDumper(context, VellMakeTag("vmtx"), out.file(), &record)->DumpTableContents();
     return out.Text();
 }
 

@@ -117,7 +117,8 @@ TEST(Prop, DumperBracketsTheDefaultPropertyFromGlyph65535) {
     LoadedFont font(WithProp({1, 1, 1, 1}, 0x0100));
     CapturedStream out;
     ErrorRecord record;
-    MakeFontTableDumper(font.font(), VellMakeTag("prop"), out.file(), &record)->DumpTableContents();
+    TFontContext context(font.font());
+    MakeFontTableDumper(context, VellMakeTag("prop"), out.file(), &record)->DumpTableContents();
     EXPECT_THAT(out.Text(), testing::AllOf(HasSubstr("\tFormat:\t1\n\tDefault property:\t\n\t\tisFloater:\tFALSE\n"),
                                            HasSubstr("\t\tRLBracketingGlyph:\t0 (.notdef U+FFFF)\n\t\tglyphConnects"),
                                            HasSubstr("\tGlyph:\t3 (B U+FFFF)\n\t\tProperty:\t\n\t\t\tisFloater:\t")));

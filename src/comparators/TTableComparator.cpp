@@ -56,6 +56,12 @@ TTableComparator::TTableComparator(VellHandle modifiedTable, VellHandle original
     if (!fOriginalTable) throw TVellCmpNULLException();
 }
 
+TTableComparator::TTableComparator(TFontContext& modified, TFontContext& original, VellTag tag, FILE* out)
+    : TTableDumper(modified, tag, out), fOriginalTable(original.CopyTable(tag)), fOriginalFont(original.Font()),
+      fOriginalContext(&original) {
+    if (!fOriginalTable) throw TVellCmpNULLException();
+}
+
 TTableComparator::~TTableComparator() {
     ErrorRecord ignored;
     VelmDisposeHandle(fOriginalTable, &ignored);
@@ -139,4 +145,16 @@ void TTableComparator::CompareFieldRow(int indent, const FieldRow& row, VellView
 void TTableComparator::CompareFieldRows(int indent, std::span<const FieldRow> rows, VellView modified,
                                         VellView original) {
     for (const FieldRow& row : rows) CompareFieldRow(indent, row, modified, original);
+}
+
+void TTableComparator::PrintGlyphNameLines(const std::optional<std::string>& modified,
+                                           const std::optional<std::string>& original, std::string_view modifiedLabel,
+                                           std::string_view originalLabel) {
+    if (!modified && !original) return;
+    if (modified.value_or("") == original.value_or("")) {
+        PrintLine("\t\tName:\t" + (modified ? *modified : *original), true);
+        return;
+    }
+    if (modified) PrintLine("\t\t" + std::string(modifiedLabel) + ":\t" + *modified, true);
+    if (original) PrintLine("\t\t" + std::string(originalLabel) + ":\t" + *original, true);
 }

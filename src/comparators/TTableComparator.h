@@ -4,7 +4,9 @@
 // a side-by-side hex listing. Handlers replace only DumpTableDeltas.
 #pragma once
 
+#include <optional>
 #include <span>
+#include <string>
 
 #include "dumpers/TTableDumper.h"
 
@@ -13,6 +15,9 @@ public:
     // The dumper part holds the modified table; a null original table throws
     // TVellCmpNULLException.
     TTableComparator(VellHandle modifiedTable, VellHandle originalTable, FILE* out);
+    // The handler form: copies of both fonts' tables with this tag, the tag and
+    // both fonts set. The contexts outlive the comparator.
+    TTableComparator(TFontContext& modified, TFontContext& original, VellTag tag, FILE* out);
     ~TTableComparator() override;
 
     // The comparison frame: the original size, the deltas or "No changes", the footer.
@@ -25,6 +30,9 @@ public:
     // The difference of the two tables; here, the side-by-side hex listing.
     virtual int32_t DumpTableDeltas();
     VellFontRef GetOriginalFont() const { return fOriginalFont; }
+    // The two fonts' contexts, for comparators built in the handler form.
+    TFontContext* GetModifiedContext() const { return GetContext(); }
+    TFontContext* GetOriginalContext() const { return fOriginalContext; }
     void SetOriginalFont(VellFontRef font) { fOriginalFont = font; }
     VellFontRef GetModifiedFont() const { return GetFont(); }
     void SetModifiedFont(VellFontRef font) { SetFont(font); }
@@ -39,9 +47,16 @@ public:
     void CompareFieldRow(int indent, const FieldRow& row, VellView modified, VellView original);
     void CompareFieldRows(int indent, std::span<const FieldRow> rows, VellView modified, VellView original);
 
+    // The name lines under a reported glyph's heading: one "Name" line when both
+    // fonts name it alike, else a line for each font that names it (a side
+    // without a name is nullopt), under that side's label; nothing when neither does.
+    void PrintGlyphNameLines(const std::optional<std::string>& modified, const std::optional<std::string>& original,
+                             std::string_view modifiedLabel, std::string_view originalLabel);
+
 private:
     VellHandle fOriginalTable;
     VellFontRef fOriginalFont = nullptr;
+    TFontContext* fOriginalContext = nullptr;
 };
 
 // The labels of a changed-value pair; the blank in " (mod )" lines both values up.

@@ -7,8 +7,9 @@
 #include "dumpers/TTableDumper.h"
 
 // The dumper for the font's table with this tag (a hex dump where the tag has no
-// dumper of its own), or null when the font has no such table.
-std::unique_ptr<TTableDumper> MakeTableDumper(VellFontRef font, VellTag tag, FILE* out);
+// dumper the factory builds), or null when the font has no such table. The
+// context outlives the dumper.
+std::unique_ptr<TTableDumper> MakeTableDumper(TFontContext& font, VellTag tag, FILE* out);
 
 // Whether the framework can read every table the factory reads for this tag: the
 // factory has no report of its own for a failing call (the run ends), so callers

@@ -136,6 +136,12 @@ std::string PostScriptGlyphName(const VellHandle& post, uint32_t glyphCount, uin
 TTableDumper::TTableDumper(VellHandle table, FILE* out, VellFontRef font)
     : fTable(std::move(table)), fOutput(out), fFont(font), fNoOutput(out == nullptr) {}
 
+TTableDumper::TTableDumper(TFontContext& font, VellTag tag, FILE* out)
+    : TTableDumper(font.CopyTable(tag), out, font.Font()) {
+    fTag = tag;
+    fContext = &font;
+}
+
 TTableDumper::~TTableDumper() {
     FlushPendingLine();
     ErrorRecord ignored;

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "dumpers/FieldRow.h"
+#include "dumpers/TFontContext.h"
 #include "framework/VellFontFile.h"
 #include "framework/VellMemory.h"
 #include "framework/VellView.h"
@@ -17,6 +18,9 @@
 class TTableDumper {
 public:
     TTableDumper(VellHandle table, FILE* out, VellFontRef font);
+    // The handler form: a copy of the font's table with this tag, the tag and the
+    // font set. The context outlives the dumper.
+    TTableDumper(TFontContext& font, VellTag tag, FILE* out);
     virtual ~TTableDumper();
     TTableDumper(const TTableDumper&) = delete;
     TTableDumper& operator=(const TTableDumper&) = delete;
@@ -78,6 +82,8 @@ public:
     VellView GetTableView() const { return VelmView(fTable); }
     VellFontRef GetFont() const { return fFont; }
     void SetFont(VellFontRef font) { fFont = font; }
+    // The font's context, for handlers built in the handler form; null otherwise.
+    TFontContext* GetContext() const { return fContext; }
     virtual int GetHandlerKind() const { return 0; }
 
     // Classic block operations, kept for the interface; blocks never move here.
@@ -113,6 +119,7 @@ private:
     VellHandle fTable;
     FILE* fOutput;
     VellFontRef fFont;
+    TFontContext* fContext = nullptr;
     bool fNoOutput;
     VellTag fTag = 0x20202020;
     std::string fPendingLine;

@@ -7,7 +7,6 @@
 
 class TOS2TableComparator : public TTableComparator {
 public:
-    // (modified table, original table, out)
     using TTableComparator::TTableComparator;
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 22; }

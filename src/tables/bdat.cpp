@@ -113,14 +113,10 @@ bool BitmapsDiffer(const TGlyphBitmapLocation& modified, VellView modifiedBdat, 
 
 }  // namespace
 
-TBDATTableComparator::TBDATTableComparator(VellFontRef modifiedFont, VellHandle modifiedTable,
-                                           VellFontRef originalFont, VellHandle originalTable, FILE* out)
-    : TTableComparator(std::move(modifiedTable), std::move(originalTable), out),
-      fOriginalLocations(BuildLocationList(originalFont)),
-      fModifiedLocations(BuildLocationList(modifiedFont)) {
-    SetModifiedFont(modifiedFont);
-    SetOriginalFont(originalFont);
-}
+TBDATTableComparator::TBDATTableComparator(TFontContext& modified, TFontContext& original, VellTag tag, FILE* out)
+    : TTableComparator(modified, original, tag, out),
+      fOriginalLocations(BuildLocationList(original.Font())),
+      fModifiedLocations(BuildLocationList(modified.Font())) {}
 
 std::vector<TGlyphBitmapLocation> TBDATTableComparator::BuildLocationList(VellFontRef font) {
     ErrorRecord record;

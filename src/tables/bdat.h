@@ -23,9 +23,7 @@ struct TGlyphBitmapLocation {
 
 class TBDATTableComparator : public TTableComparator {
 public:
-    // (modified font, modified table, original font, original table, out)
-    TBDATTableComparator(VellFontRef modifiedFont, VellHandle modifiedTable, VellFontRef originalFont,
-                         VellHandle originalTable, FILE* out);
+    TBDATTableComparator(TFontContext& modified, TFontContext& original, VellTag tag, FILE* out);
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 20; }
 

@@ -136,13 +136,6 @@ void DumpChangedMappings(TTableDumper& dumper, const VellCGArray& original, cons
 
 }  // namespace
 
-TCMAPTableComparator::TCMAPTableComparator(VellHandle modifiedTable, VellFontRef modifiedFont,
-                                           VellHandle originalTable, VellFontRef originalFont, FILE* out)
-    : TTableComparator(std::move(modifiedTable), std::move(originalTable), out) {
-    SetModifiedFont(modifiedFont);
-    SetOriginalFont(originalFont);
-}
-
 // Encodings are matched by platform, script and language; one present in only
 // one font is listed by name and its mappings are not compared.
 int32_t TCMAPTableComparator::DumpTableDeltas() {

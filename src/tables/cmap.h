@@ -8,9 +8,7 @@
 
 class TCMAPTableComparator : public TTableComparator {
 public:
-    // (modified table, modified font, original table, original font, out)
-    TCMAPTableComparator(VellHandle modifiedTable, VellFontRef modifiedFont, VellHandle originalTable,
-                         VellFontRef originalFont, FILE* out);
+    using TTableComparator::TTableComparator;
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 9; }
 };

@@ -5,8 +5,7 @@
 
 class TCVTTableDumper : public TTableDumper {
 public:
-    // (table, out)
-    TCVTTableDumper(VellHandle table, FILE* out) : TTableDumper(std::move(table), out, nullptr) {}
+    using TTableDumper::TTableDumper;
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 10; }
 };

@@ -7,15 +7,13 @@
 
 class TFEATTableDumper : public TTableDumper {
 public:
-    // (table, out)
-    TFEATTableDumper(VellHandle table, FILE* out) : TTableDumper(std::move(table), out, nullptr) {}
+    using TTableDumper::TTableDumper;
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 23; }
 };
 
 class TFEATTableComparator : public TTableComparator {
 public:
-    // (modified table, original table, out)
     using TTableComparator::TTableComparator;
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 7; }

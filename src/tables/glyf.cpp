@@ -200,13 +200,6 @@ int32_t TGLYFTableDumper::DumpTableContents() {
 
 // ---- Comparator ----
 
-TGLYFTableComparator::TGLYFTableComparator(VellHandle modifiedTable, VellFontRef modifiedFont, VellHandle originalTable,
-                                           VellFontRef originalFont, FILE* out)
-    : TTableComparator(std::move(modifiedTable), std::move(originalTable), out) {
-    SetModifiedFont(modifiedFont);
-    SetOriginalFont(originalFont);
-}
-
 void TGLYFTableComparator::PrintGlyph(const VellHandle& glyphData) {
     PrintGlyphBlock(*this, glyphData, PointLines::Numbered);
 }

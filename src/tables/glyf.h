@@ -8,17 +8,14 @@
 
 class TGLYFTableDumper : public TTableDumper {
 public:
-    // (table, out); the glyphs are those of the font set with SetFont.
-    TGLYFTableDumper(VellHandle table, FILE* out) : TTableDumper(std::move(table), out, nullptr) {}
+    using TTableDumper::TTableDumper;
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 26; }
 };
 
 class TGLYFTableComparator : public TTableComparator {
 public:
-    // (modified table, modified font, original table, original font, out)
-    TGLYFTableComparator(VellHandle modifiedTable, VellFontRef modifiedFont, VellHandle originalTable,
-                         VellFontRef originalFont, FILE* out);
+    using TTableComparator::TTableComparator;
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 26; }
 

@@ -6,8 +6,7 @@
 
 class TGVARTableDumper : public TTableDumper {
 public:
-    // (table, out)
-    TGVARTableDumper(VellHandle table, FILE* out) : TTableDumper(std::move(table), out, nullptr) {}
+    using TTableDumper::TTableDumper;
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 4; }
 };

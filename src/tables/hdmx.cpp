@@ -74,18 +74,10 @@ int32_t THDMXTableDumper::DumpTableContents() {
     return 0;
 }
 
-THDMXTableComparator::THDMXTableComparator(VellHandle modifiedTable, const VellHandle& modifiedPost,
-                                           uint32_t modifiedGlyphs, VellHandle originalTable,
-                                           const VellHandle& originalPost, uint32_t originalGlyphs, FILE* out)
-    : TTableComparator(std::move(modifiedTable), std::move(originalTable), out),
-      fModifiedGlyphs(modifiedGlyphs),
-      fOriginalGlyphs(originalGlyphs) {
-    ErrorRecord record;
-    fModifiedPost = VelmHandToHand(modifiedPost, &record);
-    ThrowIfVellError(record);
-    fOriginalPost = VelmHandToHand(originalPost, &record);
-    ThrowIfVellError(record);
-}
+THDMXTableComparator::THDMXTableComparator(TFontContext& modified, TFontContext& original, VellTag tag, FILE* out)
+    : TTableComparator(modified, original, tag, out),
+      fModifiedGlyphs(modified.GlyphCount()),
+      fOriginalGlyphs(original.GlyphCount()) {}
 
 int32_t THDMXTableComparator::DumpTableDeltas() {
     VellView modifiedTable = GetTableView();
@@ -131,12 +123,6 @@ int32_t THDMXTableComparator::DumpTableDeltas() {
 }
 
 void THDMXTableComparator::PrintGlyphNames(uint32_t glyph) {
-    std::string newName = PostScriptGlyphName(fModifiedPost, fModifiedGlyphs, glyph);
-    std::string oldName = PostScriptGlyphName(fOriginalPost, fOriginalGlyphs, glyph);
-    if (newName == oldName) {
-        PrintLine("\t\tName:\t" + newName, true);
-        return;
-    }
-    PrintLine("\t\tName (new):\t" + newName, true);
-    PrintLine("\t\tName (old):\t" + oldName, true);
+    PrintGlyphNameLines(GetModifiedContext()->GlyphName(glyph), GetOriginalContext()->GlyphName(glyph), "Name (new)",
+                        "Name (old)");
 }

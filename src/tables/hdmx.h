@@ -6,9 +6,9 @@
 
 class THDMXTableDumper : public TTableDumper {
 public:
-    // (table, glyph count, out): the glyph count is the number of widths per record.
-    THDMXTableDumper(VellHandle table, uint32_t glyphCount, FILE* out)
-        : TTableDumper(std::move(table), out, nullptr), fGlyphCount(glyphCount) {}
+    // The font's glyph count is the number of widths per record.
+    THDMXTableDumper(TFontContext& font, VellTag tag, FILE* out)
+        : TTableDumper(font, tag, out), fGlyphCount(font.GlyphCount()) {}
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 8; }
 
@@ -18,10 +18,7 @@ private:
 
 class THDMXTableComparator : public TTableComparator {
 public:
-    // (modified table, its 'post', its glyph count, then the same of the original
-    // font, out); the 'post' tables are copied.
-    THDMXTableComparator(VellHandle modifiedTable, const VellHandle& modifiedPost, uint32_t modifiedGlyphs,
-                         VellHandle originalTable, const VellHandle& originalPost, uint32_t originalGlyphs, FILE* out);
+    THDMXTableComparator(TFontContext& modified, TFontContext& original, VellTag tag, FILE* out);
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 28; }
 
@@ -29,8 +26,6 @@ public:
     void PrintGlyphNames(uint32_t glyph);
 
 private:
-    VellHandle fModifiedPost;
     uint32_t fModifiedGlyphs;
-    VellHandle fOriginalPost;
     uint32_t fOriginalGlyphs;
 };

@@ -6,7 +6,6 @@
 
 class THEADTableComparator : public TTableComparator {
 public:
-    // (modified table, original table, out)
     using TTableComparator::TTableComparator;
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 7; }

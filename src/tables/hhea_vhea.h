@@ -6,8 +6,7 @@
 
 class THHEATableDumper : public TTableDumper {
 public:
-    // (table, out)
-    THHEATableDumper(VellHandle table, FILE* out) : TTableDumper(std::move(table), out, nullptr) {}
+    using TTableDumper::TTableDumper;
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 12; }
 };
@@ -20,7 +19,6 @@ public:
 
 class THHEATableComparator : public TTableComparator {
 public:
-    // (modified table, original table, out)
     using TTableComparator::TTableComparator;
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 12; }

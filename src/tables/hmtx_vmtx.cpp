@@ -48,18 +48,15 @@ LongMetric FontMetrics(VellFontRef font, uint32_t glyph) {
 
 }  // namespace
 
-TMetricsFontData::TMetricsFontData(const VellHandle& postTable, uint16_t longMetricCount, uint32_t glyphs)
-    : longMetrics(longMetricCount), glyphCount(std::min(glyphs, kMaxGlyphCount)) {
-    ErrorRecord record;
-    post = VelmHandToHand(postTable, &record);
-    ThrowIfVellError(record);
-}
+TMetricsFontData::TMetricsFontData(TFontContext& font, VellTag metricsTag)
+    : post(font.Post()),
+      longMetrics(font.LongMetricCount(metricsTag)),
+      glyphCount(std::min(font.GlyphCount(), kMaxGlyphCount)) {}
 
 // ---- Dumpers ----
 
-THMTXTableDumper::THMTXTableDumper(VellHandle table, const VellHandle& post, uint16_t longMetrics,
-                                   uint32_t glyphCount, FILE* out)
-    : TTableDumper(std::move(table), out, nullptr), fFont(post, longMetrics, glyphCount) {}
+THMTXTableDumper::THMTXTableDumper(TFontContext& font, VellTag tag, FILE* out)
+    : TTableDumper(font, tag, out), fFont(font, tag) {}
 
 // The glyphs a dump lists are those whose entries the table holds, however many
 // the font's counts claim: a damaged 'hhea' or 'maxp' cannot make a short table
@@ -115,23 +112,8 @@ int32_t TVMTXTableDumper::DumpTableContents() {
 
 // ---- Comparators ----
 
-THMTXTableComparator::THMTXTableComparator(VellHandle modifiedTable, const VellHandle& modifiedPost,
-                                           uint16_t modifiedLongMetrics, uint32_t modifiedGlyphs,
-                                           VellHandle originalTable, const VellHandle& originalPost,
-                                           uint16_t originalLongMetrics, uint32_t originalGlyphs, FILE* out)
-    : TTableComparator(std::move(modifiedTable), std::move(originalTable), out),
-      fModified(modifiedPost, modifiedLongMetrics, modifiedGlyphs),
-      fOriginal(originalPost, originalLongMetrics, originalGlyphs) {}
-
-void THMTXTableComparator::PrintNameLines(const std::string& modifiedName, const std::string& originalName,
-                                          const char* modifiedLabel) {
-    if (modifiedName == originalName) {
-        PrintLine("\t\tName:\t" + modifiedName, true);
-        return;
-    }
-    PrintLine(std::string("\t\t") + modifiedLabel + ":\t" + modifiedName, true);
-    PrintLine("\t\tName (orig):\t" + originalName, true);
-}
+THMTXTableComparator::THMTXTableComparator(TFontContext& modified, TFontContext& original, VellTag tag, FILE* out)
+    : TTableComparator(modified, original, tag, out), fModified(modified, tag), fOriginal(original, tag) {}
 
 int32_t THMTXTableComparator::DumpTableDeltas() {
     if (!HasBothTables()) return 1;
@@ -143,8 +125,8 @@ int32_t THMTXTableComparator::DumpTableDeltas() {
         LongMetric original = FontMetrics(GetOriginalFont(), glyph);
         if (modified == original) continue;
         PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
-        PrintNameLines(PostScriptGlyphName(fModified.post, fModified.glyphCount, glyph),
-                       PostScriptGlyphName(fOriginal.post, fOriginal.glyphCount, glyph), "Name (mod )");
+        PrintGlyphNameLines(GetModifiedContext()->GlyphName(glyph), GetOriginalContext()->GlyphName(glyph),
+                            ModLabel("Name"), OrigLabel("Name"));
         if (modified.advance != original.advance) {
             PrintUInt16Field(2, ModLabel("Advance width"), modified.advance, false);
             PrintUInt16Field(2, OrigLabel("Advance width"), original.advance, false);
@@ -172,8 +154,8 @@ void TVMTXTableComparator::PrintGlyphHeading(uint32_t glyph) {
     PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
     // Names come from whichever 'post' each font has, with no glyph-count check,
     // and the modified one is labelled "(new)" in 'vmtx' reports.
-    PrintNameLines(PostScriptGlyphName(fModified.post, kAnyGlyph, glyph),
-                   PostScriptGlyphName(fOriginal.post, kAnyGlyph, glyph), "Name (new)");
+    PrintGlyphNameLines(PostScriptGlyphName(fModified.post, kAnyGlyph, glyph),
+                        PostScriptGlyphName(fOriginal.post, kAnyGlyph, glyph), "Name (new)", OrigLabel("Name"));
 }
 
 namespace {

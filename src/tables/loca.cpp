@@ -16,27 +16,18 @@ uint32_t OffsetAt(const VellHandle& longOffsets, uint32_t glyph) {
 }
 
 // The font's glyph count and its offsets in long form.
-void ReadOffsets(VellFontRef font, uint32_t* glyphCount, VellHandle* longOffsets) {
+void ReadOffsets(TFontContext& font, uint32_t* glyphCount, VellHandle* longOffsets) {
+    *glyphCount = font.GlyphCount();
     ErrorRecord record;
-    *glyphCount = VellCountFontGlyphs(font, &record);
+    *longOffsets = VellMakeLongLOCA(font.Font(), &record);
     ThrowIfVellError(record);
-    *longOffsets = VellMakeLongLOCA(font, &record);
-    ThrowIfVellError(record);
-}
-
-VellHandle CopyPost(const VellHandle& post) {
-    ErrorRecord record;
-    VellHandle copy = VelmHandToHand(post, &record);
-    ThrowIfVellError(record);
-    return copy;
 }
 
 }  // namespace
 
 // ---- Dumper ----
 
-TLOCATableDumper::TLOCATableDumper(VellFontRef font, VellHandle table, FILE* out)
-    : TTableDumper(std::move(table), out, nullptr) {
+TLOCATableDumper::TLOCATableDumper(TFontContext& font, VellTag tag, FILE* out) : TTableDumper(font, tag, out) {
     ReadOffsets(font, &fGlyphCount, &fLongOffsets);
     if (gVerbose) std::fprintf(stderr, "\tCreated a 'loca' table dumper\n");
 }
@@ -52,15 +43,11 @@ int32_t TLOCATableDumper::DumpTableContents() {
 
 // ---- Comparator ----
 
-TLOCATableComparator::TLOCATableComparator(VellFontRef modifiedFont, VellHandle modifiedTable,
-                                           const VellHandle& modifiedPost, VellFontRef originalFont,
-                                           VellHandle originalTable, const VellHandle& originalPost, FILE* out)
-    : TTableComparator(std::move(modifiedTable), std::move(originalTable), out) {
+TLOCATableComparator::TLOCATableComparator(TFontContext& modified, TFontContext& original, VellTag tag, FILE* out)
+    : TTableComparator(modified, original, tag, out) {
     if (gVerbose) std::fprintf(stderr, "\tCreating a 'loca' table comparator\n");
-    fModifiedPost = CopyPost(modifiedPost);
-    fOriginalPost = CopyPost(originalPost);
-    ReadOffsets(modifiedFont, &fModifiedGlyphs, &fModifiedOffsets);
-    ReadOffsets(originalFont, &fOriginalGlyphs, &fOriginalOffsets);
+    ReadOffsets(modified, &fModifiedGlyphs, &fModifiedOffsets);
+    ReadOffsets(original, &fOriginalGlyphs, &fOriginalOffsets);
     if (gVerbose) std::fprintf(stderr, "\tCreated a 'loca' table comparator\n");
 }
 
@@ -68,14 +55,12 @@ void TLOCATableComparator::PrintGlyphHeading(uint32_t glyph) {
     PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
     // Printed whether or not glyph names are switched on; two glyphs without
     // names agree, and get an empty name line.
-    std::string modifiedName = PostScriptGlyphName(fModifiedPost, fModifiedGlyphs, glyph);
-    std::string originalName = PostScriptGlyphName(fOriginalPost, fOriginalGlyphs, glyph);
-    if (modifiedName == originalName) {
-        PrintLine("\t\tName:\t" + modifiedName, true);
-        return;
-    }
-    if (glyph < fModifiedGlyphs) PrintLine("\t\tName (mod ):\t" + modifiedName, true);
-    if (glyph < fOriginalGlyphs) PrintLine("\t\tName (orig):\t" + originalName, true);
+    auto name = [glyph](TFontContext& font) -> std::optional<std::string> {
+        if (glyph >= font.GlyphCount()) return std::nullopt;
+        return font.GlyphName(glyph);
+    };
+    PrintGlyphNameLines(name(*GetModifiedContext()), name(*GetOriginalContext()), ModLabel("Name"),
+                        OrigLabel("Name"));
 }
 
 int32_t TLOCATableComparator::DumpTableContents() {

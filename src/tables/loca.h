@@ -8,8 +8,7 @@
 
 class TLOCATableDumper : public TTableDumper {
 public:
-    // (font, table, out)
-    TLOCATableDumper(VellFontRef font, VellHandle table, FILE* out);
+    TLOCATableDumper(TFontContext& font, VellTag tag, FILE* out);
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 17; }
 
@@ -20,10 +19,7 @@ private:
 
 class TLOCATableComparator : public TTableComparator {
 public:
-    // (modified font, modified table, modified 'post', original font, original
-    // table, original 'post', out); the 'post' tables are copied.
-    TLOCATableComparator(VellFontRef modifiedFont, VellHandle modifiedTable, const VellHandle& modifiedPost,
-                         VellFontRef originalFont, VellHandle originalTable, const VellHandle& originalPost, FILE* out);
+    TLOCATableComparator(TFontContext& modified, TFontContext& original, VellTag tag, FILE* out);
     // Replaces the comparison frame: no original size, no "No changes" line.
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 17; }
@@ -32,10 +28,8 @@ private:
     // The "Glyph" line and the glyph's names under it.
     void PrintGlyphHeading(uint32_t glyph);
 
-    VellHandle fModifiedPost;
     VellHandle fModifiedOffsets;
     uint32_t fModifiedGlyphs = 0;
-    VellHandle fOriginalPost;
     VellHandle fOriginalOffsets;
     uint32_t fOriginalGlyphs = 0;
 };

@@ -5,15 +5,13 @@
 
 class TMAXPTableDumper : public TTableDumper {
 public:
-    // (table, out); the factory sets the font.
-    TMAXPTableDumper(VellHandle table, FILE* out) : TTableDumper(std::move(table), out, nullptr) {}
+    using TTableDumper::TTableDumper;
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 21; }
 };
 
 class TMAXPTableComparator : public TTableComparator {
 public:
-    // (modified table, original table, out)
     using TTableComparator::TTableComparator;
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 21; }

@@ -8,23 +8,20 @@
 
 class TMORTTableDumper : public TTableDumper {
 public:
-    // (table, out)
-    TMORTTableDumper(VellHandle table, FILE* out) : TTableDumper(std::move(table), out, nullptr) {}
+    using TTableDumper::TTableDumper;
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 23; }
 };
 
 class TMORXTableDumper : public TTableDumper {
 public:
-    // (table, out)
-    TMORXTableDumper(VellHandle table, FILE* out) : TTableDumper(std::move(table), out, nullptr) {}
+    using TTableDumper::TTableDumper;
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 32; }
 };
 
 class TMORTTableComparator : public TTableComparator {
 public:
-    // (modified table, original table, out)
     using TTableComparator::TTableComparator;
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 7; }
@@ -32,7 +29,6 @@ public:
 
 class TMORXTableComparator : public TTableComparator {
 public:
-    // (modified table, original table, out)
     using TTableComparator::TTableComparator;
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 7; }

@@ -6,15 +6,13 @@
 
 class TNAMETableDumper : public TTableDumper {
 public:
-    // (table, out)
-    TNAMETableDumper(VellHandle table, FILE* out) : TTableDumper(std::move(table), out, nullptr) {}
+    using TTableDumper::TTableDumper;
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 19; }
 };
 
 class TNAMETableComparator : public TTableComparator {
 public:
-    // (modified table, original table, out)
     using TTableComparator::TTableComparator;
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 19; }

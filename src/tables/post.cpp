@@ -46,13 +46,6 @@ std::string PostScriptName(const VellHandle& post, uint32_t glyph) {
 
 }  // namespace
 
-TPOSTTableComparator::TPOSTTableComparator(VellFontRef modifiedFont, VellHandle modifiedTable,
-                                           VellFontRef originalFont, VellHandle originalTable, FILE* out)
-    : TTableComparator(std::move(modifiedTable), std::move(originalTable), out) {
-    SetModifiedFont(modifiedFont);
-    SetOriginalFont(originalFont);
-}
-
 int32_t TPOSTTableComparator::DumpTableDeltas() {
     // The glyph counts come from the fonts ('maxp'), not from the 'post' tables,
     // which may name fewer glyphs or none.

@@ -6,9 +6,7 @@
 
 class TPOSTTableComparator : public TTableComparator {
 public:
-    // (modified font, modified table, original font, original table, out)
-    TPOSTTableComparator(VellFontRef modifiedFont, VellHandle modifiedTable, VellFontRef originalFont,
-                         VellHandle originalTable, FILE* out);
+    using TTableComparator::TTableComparator;
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 5; }
 };

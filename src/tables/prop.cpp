@@ -79,17 +79,9 @@ void PrintPropertyFields(TTableDumper& dumper, int indent, const char* label, ui
         PrintPropertyField(dumper, indent + 1, field, PlainLabel, property, glyph);
 }
 
-// Failures of the glyph count and of the property expansion are reported as
-// system statuses.
+// A failing property expansion is reported as a system status.
 void ThrowIfFailed(int32_t status) {
     if (status != 0) throw TVellCmpOSException(VellConvertErrorToOSStatus(status));
-}
-
-uint32_t GlyphCount(VellFontRef font) {
-    ErrorRecord record;
-    uint32_t count = VellCountFontGlyphs(font, &record);
-    ThrowIfFailed(record.code);
-    return count;
 }
 
 VellHandle PropertyArray(VellView table, uint32_t glyphCount) {
@@ -101,15 +93,6 @@ VellHandle PropertyArray(VellView table, uint32_t glyphCount) {
 
 uint16_t PropertyOf(VellView properties, uint32_t glyph) { return properties.u16(2 * size_t{glyph}); }
 
-// A glyph's PostScript name from its font's own 'post'; none when the font lacks
-// the glyph or a 'post' to name it.
-std::optional<std::string> PostScriptName(const VellHandle& post, uint32_t glyphCount, uint32_t glyph) {
-    if (!post || glyph >= glyphCount) return std::nullopt;
-    std::string name;
-    ThrowIfFailed(VellFindPSGlyphNameFromTable(post, glyph, &name));
-    return name;
-}
-
 }  // namespace
 
 // ---- Dumper ----
@@ -119,8 +102,8 @@ void TPROPTableDumper::PrintProperty(int indent, const char* label, uint16_t pro
 }
 
 int32_t TPROPTableDumper::DumpTableContents() {
-    if (!GetTableHandle() || GetFont() == nullptr) return 1;
-    uint32_t glyphCount = GlyphCount(GetFont());
+    if (!GetTableHandle() || GetContext() == nullptr) return 1;
+    uint32_t glyphCount = GetContext()->GlyphCount();
     VellView table = GetTableView();
     DumpFieldRows(1, kPropHeaderRows, table);
     PrintProperty(1, "Default property", table.u16(kDefaultPropertyOffset), kNoGlyph);
@@ -134,20 +117,11 @@ int32_t TPROPTableDumper::DumpTableContents() {
 
 // ---- Comparator ----
 
-TPROPTableComparator::TPROPTableComparator(VellFontRef modifiedFont, VellHandle modifiedTable,
-                                           const VellHandle& modifiedPost, VellFontRef originalFont,
-                                           VellHandle originalTable, const VellHandle& originalPost, FILE* out)
-    : TTableComparator(std::move(modifiedTable), std::move(originalTable), out) {
-    SetModifiedFont(modifiedFont);
-    SetOriginalFont(originalFont);
-    ErrorRecord record;
-    fModifiedPost = VelmHandToHand(modifiedPost, &record);
-    ThrowIfVellError(record);
-    fOriginalPost = VelmHandToHand(originalPost, &record);
-    ThrowIfVellError(record);
-    fOriginalGlyphs = GlyphCount(originalFont);
+TPROPTableComparator::TPROPTableComparator(TFontContext& modified, TFontContext& original, VellTag tag, FILE* out)
+    : TTableComparator(modified, original, tag, out) {
+    fOriginalGlyphs = original.GlyphCount();
     fOriginalProperties = PropertyArray(GetOriginalTableView(), fOriginalGlyphs);
-    fModifiedGlyphs = GlyphCount(modifiedFont);
+    fModifiedGlyphs = modified.GlyphCount();
     fModifiedProperties = PropertyArray(GetTableView(), fModifiedGlyphs);
 }
 
@@ -166,16 +140,14 @@ void TPROPTableComparator::PrintPropertyPair(int indent, const char* label, uint
 }
 
 void TPROPTableComparator::PrintGlyphNames(uint32_t glyph) {
-    std::optional<std::string> modifiedName = PostScriptName(fModifiedPost, fModifiedGlyphs, glyph);
-    std::optional<std::string> originalName = PostScriptName(fOriginalPost, fOriginalGlyphs, glyph);
-    if (!modifiedName && !originalName) return;
-    if (modifiedName.value_or("") == originalName.value_or("")) {
-        PrintLine("\t\tName:\t" + (modifiedName ? *modifiedName : *originalName), true);
-        return;
-    }
+    // A glyph is named from its font's own 'post'; a font without the glyph or a
+    // 'post' to name it gives no line.
+    auto name = [glyph](TFontContext& font) -> std::optional<std::string> {
+        if (!font.Post() || glyph >= font.GlyphCount()) return std::nullopt;
+        return font.GlyphName(glyph);
+    };
     // "(orig )" carries a blank that the other reports' labels do not; kept as reports print it.
-    if (modifiedName) PrintLine("\t\tName (mod ):\t" + *modifiedName, true);
-    if (originalName) PrintLine("\t\tName (orig ):\t" + *originalName, true);
+    PrintGlyphNameLines(name(*GetModifiedContext()), name(*GetOriginalContext()), "Name (mod )", "Name (orig )");
 }
 
 void TPROPTableComparator::PrintGlyphHeading(uint32_t glyph) {

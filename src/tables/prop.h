@@ -6,8 +6,7 @@
 
 class TPROPTableDumper : public TTableDumper {
 public:
-    // (table, out); the glyphs are those of the font set with SetFont.
-    TPROPTableDumper(VellHandle table, FILE* out) : TTableDumper(std::move(table), out, nullptr) {}
+    using TTableDumper::TTableDumper;
     int32_t DumpTableContents() override;
     int GetHandlerKind() const override { return 29; }
 
@@ -18,12 +17,8 @@ public:
 
 class TPROPTableComparator : public TTableComparator {
 public:
-    // (modified font, modified table, modified 'post', original font, original
-    // table, original 'post', out); the 'post' tables are copied, and both fonts'
-    // properties are expanded here, the original's first.
-    TPROPTableComparator(VellFontRef modifiedFont, VellHandle modifiedTable, const VellHandle& modifiedPost,
-                         VellFontRef originalFont, VellHandle originalTable, const VellHandle& originalPost,
-                         FILE* out);
+    // Both fonts' properties are expanded here, the original's first.
+    TPROPTableComparator(TFontContext& modified, TFontContext& original, VellTag tag, FILE* out);
     int32_t DumpTableDeltas() override;
     int GetHandlerKind() const override { return 29; }
 
@@ -38,7 +33,6 @@ public:
 private:
     void PrintGlyphHeading(uint32_t glyph);
 
-    VellHandle fModifiedPost, fOriginalPost;
     uint32_t fModifiedGlyphs = 0, fOriginalGlyphs = 0;
     VellHandle fModifiedProperties, fOriginalProperties;
 };

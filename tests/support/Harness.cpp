@@ -39,8 +39,9 @@ VellTag TagOf(const char* tag) { return VellMakeTag({tag[0], tag[1], tag[2], tag
 
 std::string RunComparator(const FontTables& modified, const FontTables& original, const char* tag, bool frame) {
     LoadedFont modifiedFont(modified), originalFont(original);
+    TFontContext modifiedContext(modifiedFont.font()), originalContext(originalFont.font());
     CapturedStream out;
-    auto comparator = MakeTableComparator(modifiedFont.font(), originalFont.font(), TagOf(tag), out.file());
+    auto comparator = MakeTableComparator(modifiedContext, originalContext, TagOf(tag), out.file());
     if (comparator) frame ? comparator->DumpTable() : comparator->DumpTableDeltas();
     return out.Text();
 }
@@ -82,7 +83,8 @@ std::string DiffReport(const FontTables& modified, const FontTables& original, i
 std::string DumpTable(const FontTables& font, const char* tag) {
     LoadedFont loaded(font);
     CapturedStream out;
-    auto dumper = MakeTableDumper(loaded.font(), TagOf(tag), out.file());
+    TFontContext context(loaded.font());
+    auto dumper = MakeTableDumper(context, TagOf(tag), out.file());
     if (dumper) dumper->DumpTable();
     return out.Text();
 }

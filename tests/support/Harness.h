@@ -48,7 +48,7 @@ std::string DumpTable(const FontTables& font, const char* tag);
 template <typename Dumper>
 std::string DumpContents(const Bytes& table) {
     CapturedStream out;
-    Dumper(VelmNewHandle(table), out.file()).DumpTableContents();
+    Dumper(VelmNewHandle(table), out.file(), nullptr).DumpTableContents();
     return out.Text();
 }
 

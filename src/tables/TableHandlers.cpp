@@ -1,0 +1,97 @@
+// The handler table: one row per tag with a handler of its own.
+#include "dumpers/TableHandlers.h"
+
+#include <algorithm>
+
+#include "VellCmpErrors.h"
+#include "tables/EBSC.h"
+#include "tables/OS2.h"
+#include "tables/bdat.h"
+#include "tables/cmap.h"
+#include "tables/cvt.h"
+#include "tables/feat.h"
+#include "tables/glyf.h"
+#include "tables/gvar.h"
+#include "tables/hdmx.h"
+#include "tables/head.h"
+#include "tables/hhea_vhea.h"
+#include "tables/hmtx_vmtx.h"
+#include "tables/hsty.h"
+#include "tables/loca.h"
+#include "tables/maxp.h"
+#include "tables/mort_morx.h"
+#include "tables/name.h"
+#include "tables/post.h"
+#include "tables/prop.h"
+
+namespace {
+
+// A changed 'bdat' is reported by the 'head' comparator over the two 'bdat'
+// tables, as it always has been; the bitmap comparator is still built first, so
+// that a damaged 'bloc' fails the comparison.
+std::unique_ptr<TTableComparator> MakeBitmapDataComparator(TFontContext& modified, TFontContext& original,
+                                                           VellTag tag, FILE* out) {
+    TBDATTableComparator bitmaps(modified, original, tag, out);
+    return std::make_unique<THEADTableComparator>(modified, original, tag, out);
+}
+
+// A changed 'loca' gets only the driver's tag line: its offsets say nothing that
+// the 'glyf' comparison does not.
+std::unique_ptr<TTableComparator> MakeNoComparator(TFontContext&, TFontContext&, VellTag, FILE*) { return nullptr; }
+
+constexpr auto kFactory = DumperReach::Factory;
+constexpr auto kVelldump = DumperReach::VelldumpOnly;
+constexpr auto kClassic = HandlerSet::Classic;
+
+const TableHandler kTableHandlers[] = {
+    {VellMakeTag("EBSC"), kClassic, MakeComparator<TEBSCTableComparator>, MakeDumper<TEBSCTableDumper>, kVelldump},
+    {VellMakeTag("OS/2"), kClassic, MakeComparator<TOS2TableComparator>, nullptr},
+    {VellMakeTag("bdat"), kClassic, MakeBitmapDataComparator, nullptr},
+    {VellMakeTag("bhed"), kClassic, MakeComparator<THEADTableComparator>, nullptr},
+    {VellMakeTag("cmap"), kClassic, MakeComparator<TCMAPTableComparator>, nullptr},
+    {VellMakeTag("cvt "), kClassic, nullptr, MakeDumper<TCVTTableDumper>, kFactory},
+    {VellMakeTag("feat"), kClassic, MakeComparator<TFEATTableComparator>, MakeDumper<TFEATTableDumper>, kVelldump,
+     true},
+    {VellMakeTag("glyf"), kClassic, MakeComparator<TGLYFTableComparator>, MakeDumper<TGLYFTableDumper>, kVelldump},
+    {VellMakeTag("gvar"), kClassic, nullptr, MakeDumper<TGVARTableDumper>, kVelldump},
+    {VellMakeTag("hdmx"), kClassic, MakeComparator<THDMXTableComparator>, MakeDumper<THDMXTableDumper>, kFactory},
+    {VellMakeTag("head"), kClassic, MakeComparator<THEADTableComparator>, nullptr},
+    {VellMakeTag("hhea"), kClassic, MakeComparator<THHEATableComparator>, MakeDumper<THHEATableDumper>, kFactory},
+    {VellMakeTag("hmtx"), kClassic, MakeComparator<THMTXTableComparator>, MakeDumper<THMTXTableDumper>, kFactory},
+    {VellMakeTag("hsty"), kClassic, MakeComparator<THSTYTableComparator>, MakeDumper<THSTYTableDumper>, kVelldump},
+    {VellMakeTag("loca"), kClassic, MakeNoComparator, MakeDumper<TLOCATableDumper>, kVelldump},
+    {VellMakeTag("maxp"), kClassic, MakeComparator<TMAXPTableComparator>, MakeDumper<TMAXPTableDumper>, kFactory},
+    {VellMakeTag("mort"), kClassic, MakeComparator<TMORTTableComparator>, MakeDumper<TMORTTableDumper>, kVelldump},
+    {VellMakeTag("morx"), kClassic, MakeComparator<TMORXTableComparator>, MakeDumper<TMORXTableDumper>, kVelldump},
+    {VellMakeTag("name"), kClassic, MakeComparator<TNAMETableComparator>, MakeDumper<TNAMETableDumper>, kFactory},
+    {VellMakeTag("post"), kClassic, MakeComparator<TPOSTTableComparator>, nullptr},
+    {VellMakeTag("prop"), kClassic, MakeComparator<TPROPTableComparator>, MakeDumper<TPROPTableDumper>, kVelldump},
+    {VellMakeTag("vhea"), kClassic, MakeComparator<TVHEATableComparator>, MakeDumper<TVHEATableDumper>, kVelldump},
+    {VellMakeTag("vmtx"), kClassic, MakeComparator<TVMTXTableComparator>, MakeDumper<TVMTXTableDumper>, kVelldump},
+};
+
+// The first row of this tag that has what `has` asks for: an OpenType row under
+// --opentype, else a classic row.
+template <typename Has>
+const TableHandler* FindRow(VellTag tag, Has has) {
+    for (HandlerSet set : {HandlerSet::OpenType, HandlerSet::Classic}) {
+        if (set == HandlerSet::OpenType && !gOpenType) continue;
+        for (const TableHandler& row : kTableHandlers)
+            if (row.tag == tag && row.set == set && has(row)) return &row;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+std::span<const TableHandler> TableHandlers() { return kTableHandlers; }
+
+const TableHandler* FindComparatorHandler(VellTag tag) {
+    return FindRow(tag, [](const TableHandler& row) { return row.comparator != nullptr; });
+}
+
+const TableHandler* FindDumperHandler(VellTag tag, bool velldump) {
+    return FindRow(tag, [velldump](const TableHandler& row) {
+        return row.dumper != nullptr && (velldump || row.reach == DumperReach::Factory);
+    });
+}

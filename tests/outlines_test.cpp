@@ -1,0 +1,325 @@
+// Outlines under --opentype: 'CFF ' and 'CFF2' on the small fonts that
+// tests/fonts/make_outline_fonts.py builds, 'glyf' on glyphs encoded here, and
+// the CFF structures read on their own.
+#include <gtest/gtest.h>
+
+#include "VellCmpErrors.h"
+#include "framework/VellCFF.h"
+#include "framework/VellOutlines.h"
+#include "support/Harness.h"
+
+namespace {
+
+struct OpenTypeForTest {
+    OpenTypeForTest() { gOpenType = 1; }
+    ~OpenTypeForTest() { gOpenType = 0; }
+};
+
+FontTables FontFile(const std::string& name) {
+    std::string file = ReadFile(std::string(VELLCMP_SOURCE_DIR "/tests/fonts/") + name);
+    LoadedFont loaded(Bytes(file.begin(), file.end()), false);
+    FontTables tables;
+    for (const VellTableEntry& entry : loaded.font()->tables) {
+        VellView bytes = loaded.font()->data.sub(entry.offset, entry.length);
+        tables[VellTagText(entry.tag)] = Bytes(bytes.data(), bytes.data() + bytes.size());
+    }
+    return tables;
+}
+
+struct PairCase {
+    const char* modified;
+    const char* original;
+    const char* tag;
+    const char* deltas;
+};
+
+// Each pair's whole account: only what changed, and nothing for a glyph drawn
+// alike however it is encoded.
+TEST(Outlines, PostScriptPairs) {
+    OpenTypeForTest openType;
+    const PairCase kCases[] = {
+        {"cff-modified.otf", "cff-original.otf", "CFF ",
+         "\tTop DICT\n"
+         "\t\tFullName (mod ):\tOutline Test Edited\n"
+         "\t\tFullName (orig):\tOutline Test\n"
+         "\t\tFontBBox (mod ):\t0 0 600 800\n"
+         "\t\tFontBBox (orig):\t50 0 600 800\n"
+         "\tPrivate DICT\n"
+         "\t\tBlueValues (mod ):\t-12 0 500 510\n"
+         "\t\tBlueValues (orig):\t-10 0 500 510\n"
+         "\n### Added glyph names (in modified font and not original font):\n"
+         "\tGlyph name:\tD\n"
+         "\n### Changed glyphs:\n"
+         "\tGlyph ID:\t1\n"
+         "\t\tContour 0 point 1 (mod ):\t( 520, 0 )\n"
+         "\t\tContour 0 point 1 (orig):\t( 500, 0 )\n"
+         "\tGlyph ID:\t2\n"
+         "\t\tWidth (mod ):\t710\n"
+         "\t\tWidth (orig):\t700\n"
+         "\tGlyph ID:\t3\n"
+         "\t\tAdded contour 1:\tM 150 450 L 250 450 L 250 550\n"},
+        // The other way round: the glyph and the contour are deleted.
+        {"cff-original.otf", "cff-modified.otf", "CFF ",
+         "\tTop DICT\n"
+         "\t\tFullName (mod ):\tOutline Test\n"
+         "\t\tFullName (orig):\tOutline Test Edited\n"
+         "\t\tFontBBox (mod ):\t50 0 600 800\n"
+         "\t\tFontBBox (orig):\t0 0 600 800\n"
+         "\tPrivate DICT\n"
+         "\t\tBlueValues (mod ):\t-10 0 500 510\n"
+         "\t\tBlueValues (orig):\t-12 0 500 510\n"
+         "\n### Deleted glyph names (in original font but not in modified font):\n"
+         "\tGlyph name:\tD\n"
+         "\n### Changed glyphs:\n"
+         "\tGlyph ID:\t1\n"
+         "\t\tContour 0 point 1 (mod ):\t( 500, 0 )\n"
+         "\t\tContour 0 point 1 (orig):\t( 520, 0 )\n"
+         "\tGlyph ID:\t2\n"
+         "\t\tWidth (mod ):\t700\n"
+         "\t\tWidth (orig):\t710\n"
+         "\tGlyph ID:\t3\n"
+         "\t\tDeleted contour 1:\tM 150 450 L 250 450 L 250 550\n"},
+        // Other operators and a local subroutine draw the same outlines.
+        {"cff-reencoded.otf", "cff-original.otf", "CFF ",
+         "\tNo field, glyph name or outline differs: the tables differ only in how they are encoded\n"},
+        // A changed blend: equal at the default location, different at Bold.
+        {"cff2-modified.otf", "cff2-original.otf", "CFF2",
+         "\n### Changed glyphs:\n"
+         "\tGlyph ID:\t1\n"
+         "\t\tNamed instance:\t257 \"Bold\"\n"
+         "\t\t\tContour 0 point 1 (mod ):\t( 540, 0 )\n"
+         "\t\t\tContour 0 point 1 (orig):\t( 520, 0 )\n"
+         "\t\t\tContour 0 point 2 (mod ):\t( 540, 400 )\n"
+         "\t\t\tContour 0 point 2 (orig):\t( 520, 400 )\n"},
+    };
+    for (const PairCase& c : kCases)
+        EXPECT_EQ(CompareDeltas(FontFile(c.modified), FontFile(c.original), c.tag), c.deltas) << c.modified;
+}
+
+// Without --opentype a changed 'CFF ' is still the hex difference.
+TEST(Outlines, ClassicReportUnchanged) {
+    std::string deltas = CompareDeltas(FontFile("cff-modified.otf"), FontFile("cff-original.otf"), "CFF ");
+    EXPECT_EQ(deltas.find("Changed glyphs"), std::string::npos);
+    EXPECT_NE(deltas.find("0000"), std::string::npos);
+}
+
+// A table FreeType or the CFF reader refuses is compared in hex after a note.
+TEST(Outlines, UnreadableTableFallsBackToHex) {
+    OpenTypeForTest openType;
+    struct Case {
+        size_t cutTo;
+        const char* note;
+    } const kCases[] = {
+        {3, "\tNote: the table does not begin with a CFF header; the difference in hex follows\n"},
+        {60, "\tNote: the Top DICT leads to no CharStrings INDEX; the difference in hex follows\n"},
+    };
+    for (const Case& c : kCases) {
+        FontTables modified = FontFile("cff-original.otf");
+        modified["CFF "].resize(c.cutTo);
+        std::string deltas = CompareDeltas(modified, FontFile("cff-original.otf"), "CFF ");
+        EXPECT_EQ(deltas.substr(0, std::string(c.note).size()), c.note) << c.cutTo;
+    }
+}
+
+// ---- 'glyf' ----
+
+struct Point {
+    int16_t x, y;
+    bool on = true;
+};
+
+// A simple glyph; `packed` spells coordinates in their short forms and repeats
+// flags, otherwise every coordinate takes a word and every point its own flag.
+Bytes SimpleGlyph(const std::vector<std::vector<Point>>& contours, const Bytes& instructions, bool packed) {
+    TableWriter glyph;
+    glyph.U16(contours.size()).U16(0).U16(0).U16(600).U16(700);
+    std::vector<Point> points;
+    for (const auto& contour : contours) {
+        points.insert(points.end(), contour.begin(), contour.end());
+        glyph.U16(points.size() - 1);
+    }
+    glyph.U16(instructions.size());
+    for (uint8_t byte : instructions) glyph.U8(byte);
+    std::vector<uint8_t> flags;
+    Bytes xs, ys;
+    int16_t x = 0, y = 0;
+    for (const Point& p : points) {
+        int dx = p.x - x, dy = p.y - y;
+        uint8_t flag = p.on ? 1 : 0;
+        auto put = [&](int delta, uint8_t shortBit, uint8_t sameBit, Bytes& out) {
+            if (packed && delta == 0) {
+                flag |= sameBit;
+            } else if (packed && delta > -256 && delta < 256) {
+                flag |= shortBit | (delta > 0 ? sameBit : 0);
+                out.push_back(static_cast<uint8_t>(delta > 0 ? delta : -delta));
+            } else {
+                out.push_back(static_cast<uint8_t>(delta >> 8));
+                out.push_back(static_cast<uint8_t>(delta));
+            }
+        };
+        put(dx, 0x02, 0x10, xs);
+        put(dy, 0x04, 0x20, ys);
+        flags.push_back(flag);
+        x = p.x;
+        y = p.y;
+    }
+    for (size_t i = 0; i < flags.size();) {
+        size_t run = 1;
+        while (packed && i + run < flags.size() && flags[i + run] == flags[i] && run < 255) ++run;
+        if (run > 1) {
+            glyph.U8(flags[i] | 0x08).U8(run - 1);
+        } else {
+            glyph.U8(flags[i]);
+        }
+        i += run;
+    }
+    for (uint8_t b : xs) glyph.U8(b);
+    for (uint8_t b : ys) glyph.U8(b);
+    return glyph;
+}
+
+// A composite of one component with a word offset.
+Bytes CompositeGlyph(uint16_t component, int16_t dx, int16_t dy) {
+    return TableWriter().U16(0xFFFF).U16(0).U16(0).U16(600).U16(700).U16(0x0003).U16(component).U16(dx).U16(dy);
+}
+
+// The sample font's four glyphs with these outlines, 'loca' in long offsets.
+FontTables GlyfFont(const std::vector<Bytes>& glyphs) {
+    FontTables font = SampleFont();
+    Bytes glyf;
+    TableWriter loca;
+    for (const Bytes& glyph : glyphs) {
+        loca.U32(glyf.size());
+        glyf.insert(glyf.end(), glyph.begin(), glyph.end());
+        while (glyf.size() % 4 != 0) glyf.push_back(0);
+    }
+    loca.U32(glyf.size());
+    SetU16(font["head"], 50, 1);
+    font["glyf"] = glyf;
+    font["loca"] = loca;
+    return font;
+}
+
+const std::vector<Point> kSquare = {{100, 0}, {500, 0}, {500, 400}, {100, 400}};
+const std::vector<Point> kBowl = {{100, 0}, {300, 0, false}, {300, 200}, {100, 200, false}};
+const Bytes kInstructions = {0xB0, 0x05, 0x2E};  // PUSHB[1] 5, MDAP[0]
+
+FontTables GlyfSample(bool packed, std::vector<Point> square = kSquare, std::vector<Point> bowl = kBowl,
+                      Bytes instructions = kInstructions, int16_t componentX = 10) {
+    return GlyfFont({Bytes(), SimpleGlyph({square}, instructions, packed), SimpleGlyph({bowl, kSquare}, {}, packed),
+                     CompositeGlyph(1, componentX, 0)});
+}
+
+TEST(Outlines, TrueTypeGlyphs) {
+    OpenTypeForTest openType;
+    std::vector<Point> moved = kSquare, unflagged = kBowl;
+    moved[2] = {510, 400};
+    unflagged[1].on = true;
+    struct Case {
+        const char* what;
+        FontTables modified;
+        const char* deltas;
+    } const kCases[] = {
+        {"flags and coordinates packed otherwise", GlyfSample(false),
+         "\tNo glyph differs: the tables differ only in how their glyphs are encoded\n"},
+        {"one point moved", GlyfSample(true, moved),
+         "\n### Changed glyphs:\n"
+         "\tGlyph ID:\t1\n"
+         "\t\tContour 0 point 2 (mod ):\t( 510, 400 )\n"
+         "\t\tContour 0 point 2 (orig):\t( 500, 400 )\n"},
+        {"an off-curve point made on-curve", GlyfSample(true, kSquare, unflagged),
+         "\n### Changed glyphs:\n"
+         "\tGlyph ID:\t2\n"
+         "\t\tContour 0 (mod ):\tM 100 0 L 300 0 L 300 200 Q 100 200\n"
+         "\t\tContour 0 (orig):\tM 100 0 Q 300 0 L 300 200 Q 100 200\n"},
+        {"an instruction changed", GlyfSample(true, kSquare, kBowl, {0xB0, 0x06, 0x2E}),
+         "\n### Changed glyphs:\n"
+         "\tGlyph ID:\t1\n"
+         "\t\tInstruction 0 (mod ):\tPUSHB[1] 6\n"
+         "\t\tInstruction 0 (orig):\tPUSHB[1] 5\n"},
+        {"a component moved", GlyfSample(true, kSquare, kBowl, kInstructions, 20),
+         "\n### Changed glyphs:\n"
+         "\tGlyph ID:\t3\n"
+         "\t\tComponent 0 (mod ):\tglyph 1, offset 20 0\n"
+         "\t\tComponent 0 (orig):\tglyph 1, offset 10 0\n"},
+    };
+    for (const Case& c : kCases) EXPECT_EQ(CompareDeltas(c.modified, GlyfSample(true), "glyf"), c.deltas) << c.what;
+}
+
+// Glyphs are paired by name when both fonts name every glyph: a glyph inserted
+// before the others shifts no comparison.
+TEST(Outlines, GlyphsPairedByName) {
+    OpenTypeForTest openType;
+    std::vector<Point> moved = kBowl;
+    moved[2] = {310, 200};
+    FontTables original = GlyfSample(true);
+    FontTables modified =
+        GlyfFont({Bytes(), SimpleGlyph({kSquare}, kInstructions, true), SimpleGlyph({kBowl}, {}, true),
+                  SimpleGlyph({moved, kSquare}, {}, true), CompositeGlyph(1, 10, 0)});
+    modified["maxp"] = MakeMaxp(5);
+    modified["hmtx"] = MakeHmtx({{500, 0}, {500, 0}, {500, 0}, {500, 0}, {500, 0}});
+    modified["hhea"] = MakeHhea(5);
+    modified["post"] = MakePost({".notdef", "space", "Aring", "A", "B"});
+    original["post"] = MakePost({".notdef", "space", "A", "B"});
+    EXPECT_EQ(CompareDeltas(modified, original, "glyf"),
+              "\n### Added glyphs (in modified font and not original font):\n"
+              "\tGlyph name:\tAring\n"
+              "\n### Changed glyphs:\n"
+              "\tGlyph ID:\t3\n"
+              "\t\tOriginal glyph ID:\t2\n"
+              "\t\tContour 0 point 2 (mod ):\t( 310, 200 )\n"
+              "\t\tContour 0 point 2 (orig):\t( 300, 200 )\n");
+}
+
+// ---- The CFF structures ----
+
+TEST(Outlines, CFFGlyphNamesAndDicts) {
+    FontTables font = FontFile("cff-original.otf");
+    const Bytes& table = font["CFF "];
+    std::vector<std::string> names;
+    ASSERT_TRUE(VellCFFGlyphNames(VellView(table.data(), table.size()), &names));
+    EXPECT_EQ(names, (std::vector<std::string>{".notdef", "A", "B", "C"}));
+    // Every operand encoding of a DICT, one entry each: 1, 2, 3 and 5 bytes, and a real.
+    Bytes cff = {1, 0, 4, 1,                          // header
+                 0, 0,                                // Name INDEX: empty
+                 0, 1, 1, 1, 18,                      // Top DICT INDEX: one DICT of 17 bytes
+                 139, 12, 2,                          // ItalicAngle 0
+                 247, 0, 13,                          // UniqueID 108
+                 28, 0xFF, 0x9C, 12, 3,               // UnderlinePosition -100
+                 30, 0xE2, 0xA5, 0xFF, 12, 4,         // UnderlineThickness -2.5
+                 0, 0, 0, 0};                         // String and Global Subr INDEXes: empty
+    VellCFF parsed;
+    std::string why;
+    EXPECT_FALSE(VellReadCFF(VellView(cff.data(), cff.size()), false, &parsed, &why));
+    EXPECT_EQ(why, "the Top DICT leads to no CharStrings INDEX");
+    EXPECT_EQ(parsed.top.Number(VellCFFEscaped(2), 0, 9), 0);
+    EXPECT_EQ(parsed.top.Number(13), 108);
+    EXPECT_EQ(parsed.top.Number(VellCFFEscaped(3)), -100);
+    EXPECT_EQ(parsed.top.Number(VellCFFEscaped(4)), -2.5);
+}
+
+// Counts and offsets that claim more than the table holds read as fewer objects.
+TEST(Outlines, HostileIndexCounts) {
+    struct Case {
+        const char* what;
+        Bytes index;
+        uint32_t count;
+    } const kCases[] = {
+        {"count past the offsets", {0xFF, 0xFF, 1, 1, 2, 3}, 2},
+        {"offSize 0", {0, 2, 0, 1, 1}, 0},
+        {"offSize 5", {0, 2, 5, 1, 1}, 0},
+        {"offsets out of order", {0, 2, 1, 1, 3, 2, 0xAA, 0xBB}, 2},
+    };
+    for (const Case& c : kCases) {
+        // An INDEX read as the CharStrings INDEX (at 17) of a minimal table.
+        Bytes cff = {1, 0, 4, 1, 0, 0, 0, 1, 1, 1, 3, 139 + 17, 17, 0, 0, 0, 0};
+        cff.insert(cff.end(), c.index.begin(), c.index.end());
+        VellCFF parsed;
+        std::string why;
+        VellReadCFF(VellView(cff.data(), cff.size()), false, &parsed, &why);
+        EXPECT_EQ(parsed.charStrings.count, c.count) << c.what;
+        for (uint32_t i = 0; i < parsed.charStrings.count; ++i) EXPECT_LE(parsed.charStrings.Object(i).size(), 2u);
+    }
+}
+
+}  // namespace

@@ -6,6 +6,7 @@
 // tools themselves must exit with 0 or 1.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <random>
 
@@ -79,7 +80,8 @@ std::string Report(Run run) {
     return out.Text();
 }
 
-void DamageEveryTable(const FontTables& original, uint32_t seed) {
+// Every table, or only those named in `only`.
+void DamageEveryTable(const FontTables& original, uint32_t seed, const std::vector<std::string>& only = {}) {
     std::mt19937 random(seed);
     Bytes originalFile = BuildSfnt(original);
     // Thousands of damaged copies are no seeds for the fuzzers: they find their own.
@@ -88,6 +90,7 @@ void DamageEveryTable(const FontTables& original, uint32_t seed) {
     std::string originalPath = dir.Write("original.ttf", originalFile);
     int variant = 0;
     for (const auto& [tag, table] : original.tables) {
+        if (!only.empty() && std::find(only.begin(), only.end(), tag) == only.end()) continue;
         for (Damage damage : {Damage::kFlip, Damage::kCut, Damage::kSplice}) {
             for (int round = 0; round < kVariantsPerTableAndDamage; ++round, ++variant) {
                 FontTables modified = original;
@@ -106,8 +109,9 @@ void DamageEveryTable(const FontTables& original, uint32_t seed) {
                 EXPECT_LT(Report([&] { DumpFont(modifiedFont.font(), {}); }).size(), limit) << what;
                 if (variant % kProcessEvery != 0) continue;
                 std::string modifiedPath = dir.Write("modified.ttf", modifiedFile);
-                for (const RunResult& run : {RunVellcmp({"-p", "-u", originalPath, modifiedPath}),
-                                             RunVelldump({"-p", "-u", modifiedPath})})
+                const char* openType = gOpenType ? "--opentype" : "-u";
+                for (const RunResult& run : {RunVellcmp({"-p", openType, originalPath, modifiedPath}),
+                                             RunVelldump({"-p", openType, modifiedPath})})
                     EXPECT_TRUE(run.status == 0 || run.status == 1) << what << ": exit " << run.status << run.err;
             }
         }
@@ -119,5 +123,19 @@ TEST(DamagedFonts, EveryTableOfARealFont) { DamageEveryTable(FontFile("DejaVuSan
 TEST(DamagedFonts, EveryTableOfAFontWithEveryHandledKind) { DamageEveryTable(FontFile("every-table.ttf"), 1123); }
 
 TEST(DamagedFonts, EveryTableOfASmallBuiltFont) { DamageEveryTable(SampleFont(), 2026); }
+
+// The outline accounts of --opentype: 'CFF ' and 'CFF2' run through FreeType,
+// 'glyf' decoded here.
+struct OpenTypeForTest {
+    OpenTypeForTest() { gOpenType = 1; }
+    ~OpenTypeForTest() { gOpenType = 0; }
+};
+
+TEST(DamagedFonts, OutlineTablesUnderOpenType) {
+    OpenTypeForTest openType;
+    DamageEveryTable(FontFile("cff-original.otf"), 2111, {"CFF ", "hmtx", "maxp"});
+    DamageEveryTable(FontFile("cff2-original.otf"), 2112, {"CFF2", "fvar", "hmtx", "hhea"});
+    DamageEveryTable(FontFile("DejaVuSans-subset.ttf"), 2113, {"glyf", "loca"});
+}
 
 }  // namespace

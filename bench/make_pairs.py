@@ -4,11 +4,12 @@
 Each pair is an original and a modified font file, as a font engineer meets
 them in CI: an unchanged CJK collection, a Latin font with a few hundred glyphs
 edited, a CJK font with every advance width changed, a CJK font with every
-outline moved by one unit, and a family's Regular against its Bold. Both fonts
-of a pair are written by the same library, so that they differ only where the
-edit says.
+outline moved by one unit, a family's Regular against its Bold, and a CJK
+font with PostScript outlines ('CFF ', CID-keyed) with three charstrings
+redrawn. Both fonts of a pair are written by the same library, so that they
+differ only where the edit says.
 
-Usage: make_pairs.py DIRECTORY
+Usage: make_pairs.py DIRECTORY [PAIR ...]   (default: every pair)
 """
 import os
 import shutil
@@ -19,6 +20,7 @@ from fontTools.ttLib import TTFont
 DEJAVU = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
 DEJAVU_BOLD = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
 WQY = "/usr/share/fonts/truetype/wqy/wqy-zenhei.ttc"
+NOTO_CJK = "/usr/share/fonts/opentype/noto/NotoSansCJK-Regular.ttc"
 
 
 def load(path, number=-1):
@@ -94,16 +96,63 @@ def family(directory):
     save(bold, directory, "family-modified.ttf")
 
 
+def redraw_three_charstrings(font):
+    # Three ideographs redrawn: one point moved, the last contour dropped, and
+    # a control point moved with the width 10 units wider.
+    from fontTools.pens.recordingPen import RecordingPen
+    from fontTools.pens.t2CharStringPen import T2CharStringPen
+
+    cmap = font.getBestCmap()
+    charstrings = font["CFF "].cff.topDictIndex[0].CharStrings
+    for edit, code in enumerate((0x6C38, 0x56FD, 0x5B57)):
+        charstring = charstrings[cmap[code]]
+        recording = RecordingPen()
+        charstring.draw(recording)
+        width, drawing = charstring.width, list(recording.value)
+        if edit == 0:
+            at = next(i for i, (operator, _) in enumerate(drawing) if operator == "lineTo")
+            (x, y), = drawing[at][1]
+            drawing[at] = ("lineTo", ((x + 20, y),))
+        elif edit == 1:
+            drawing = drawing[:max(i for i, (operator, _) in enumerate(drawing) if operator == "moveTo")]
+        else:
+            width += 10
+            at = next(i for i, (operator, _) in enumerate(drawing) if operator == "curveTo")
+            points = list(drawing[at][1])
+            points[0] = (points[0][0], points[0][1] + 15)
+            drawing[at] = ("curveTo", tuple(points))
+        pen = T2CharStringPen(width, None)
+        for operator, arguments in drawing:
+            getattr(pen, operator)(*arguments)
+        redrawn = pen.getCharString(private=charstring.private, globalSubrs=charstring.globalSubrs)
+        charstrings.charStringsIndex.items[charstrings.charStrings[cmap[code]]] = redrawn
+
+
+def cjk_postscript(directory):
+    # Face 0 of the collection, saved on its own: 65,535 glyphs, CID-keyed.
+    save(TTFont(NOTO_CJK, fontNumber=0), directory, "cjk-cff-original.otf")
+    modified = TTFont(NOTO_CJK, fontNumber=0)
+    redraw_three_charstrings(modified)
+    save(modified, directory, "cjk-cff-modified.otf")
+
+
+PAIRS = {
+    "cjk-collection": cjk_collection,
+    "dejavu-edited": edited_latin,
+    "cjk-advances": lambda directory: cjk_font(directory, "cjk-advances", every_advance_wider),
+    "cjk-outlines": lambda directory: cjk_font(directory, "cjk-outlines", every_outline_moved),
+    "family": family,
+    "cjk-cff": cjk_postscript,
+}
+
+
 def main():
-    if len(sys.argv) != 2:
+    if len(sys.argv) < 2 or any(pair not in PAIRS for pair in sys.argv[2:]):
         sys.exit(__doc__)
     directory = sys.argv[1]
     os.makedirs(directory, exist_ok=True)
-    cjk_collection(directory)
-    edited_latin(directory)
-    cjk_font(directory, "cjk-advances", every_advance_wider)
-    cjk_font(directory, "cjk-outlines", every_outline_moved)
-    family(directory)
+    for pair in sys.argv[2:] or PAIRS:
+        PAIRS[pair](directory)
 
 
 if __name__ == "__main__":

@@ -8,7 +8,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::vector<uint8_t> bytes(data, data + size);
     VellFontListRef original = ListFonts(bytes);
     if (!original) return 0;
-    PrepareRun(size);
+    PrepareRun();
+    ChooseOpenType(data, size);
     VellFontRef font = original->entries[0].font;
     if (!NamesReadable(font)) return 0;
     // Table offsets count from the font's data: only a bare sfnt, whose data is

@@ -109,9 +109,14 @@ void DamageEveryTable(const FontTables& original, uint32_t seed, const std::vect
                 EXPECT_LT(Report([&] { DumpFont(modifiedFont.font(), {}); }).size(), limit) << what;
                 if (variant % kProcessEvery != 0) continue;
                 std::string modifiedPath = dir.Write("modified.ttf", modifiedFile);
-                const char* openType = gOpenType ? "--opentype" : "-u";
-                for (const RunResult& run : {RunVellcmp({"-p", openType, originalPath, modifiedPath}),
-                                             RunVelldump({"-p", openType, modifiedPath})})
+                std::vector<std::string> switches = {"-p", "-u"};
+                if (gOpenType) switches.push_back("--opentype");
+                auto with = [&switches](std::vector<std::string> paths) {
+                    paths.insert(paths.begin(), switches.begin(), switches.end());
+                    return paths;
+                };
+                for (const RunResult& run : {RunVellcmp(with({originalPath, modifiedPath})),
+                                             RunVelldump(with({modifiedPath}))})
                     EXPECT_TRUE(run.status == 0 || run.status == 1) << what << ": exit " << run.status << run.err;
             }
         }
@@ -120,22 +125,20 @@ void DamageEveryTable(const FontTables& original, uint32_t seed, const std::vect
 
 TEST(DamagedFonts, EveryTableOfARealFont) { DamageEveryTable(FontFile("DejaVuSans-subset.ttf"), 20261123); }
 
-TEST(DamagedFonts, EveryTableOfAFontWithEveryHandledKind) { DamageEveryTable(FontFile("every-table.ttf"), 1123); }
-
-TEST(DamagedFonts, EveryTableOfASmallBuiltFont) { DamageEveryTable(SampleFont(), 2026); }
-
 // The outline accounts of --opentype: 'CFF ' and 'CFF2' run through FreeType,
 // 'glyf' decoded here.
-struct OpenTypeForTest {
-    OpenTypeForTest() { gOpenType = 1; }
-    ~OpenTypeForTest() { gOpenType = 0; }
-};
-
 TEST(DamagedFonts, OutlineTablesUnderOpenType) {
-    OpenTypeForTest openType;
+    struct OpenTypeRound {
+        OpenTypeRound() { gOpenType = 1; }
+        ~OpenTypeRound() { gOpenType = 0; }
+    } openType;
     DamageEveryTable(FontFile("cff-original.otf"), 2111, {"CFF ", "hmtx", "maxp"});
     DamageEveryTable(FontFile("cff2-original.otf"), 2112, {"CFF2", "fvar", "hmtx", "hhea"});
     DamageEveryTable(FontFile("DejaVuSans-subset.ttf"), 2113, {"glyf", "loca"});
 }
+
+TEST(DamagedFonts, EveryTableOfAFontWithEveryHandledKind) { DamageEveryTable(FontFile("every-table.ttf"), 1123); }
+
+TEST(DamagedFonts, EveryTableOfASmallBuiltFont) { DamageEveryTable(SampleFont(), 2026); }
 
 }  // namespace

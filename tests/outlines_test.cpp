@@ -82,6 +82,16 @@ TEST(Outlines, PostScriptPairs) {
         // Other operators and a local subroutine draw the same outlines.
         {"cff-reencoded.otf", "cff-original.otf", "CFF ",
          "\tNo field, glyph name or outline differs: the tables differ only in how they are encoded\n"},
+        // Hints read from the charstrings, one through a subroutine: a glyph whose
+        // hints alone differ is reported with its hint lines only.
+        {"cff-hinted.otf", "cff-original.otf", "CFF ",
+         "\n### Changed glyphs:\n"
+         "\tGlyph ID:\t1\n"
+         "\t\tHints (mod ):\thstem 0 60 340 400 vstem 100 160 440 500 hintmask 1111\n"
+         "\t\tHints (orig):\t(none)\n"
+         "\tGlyph ID:\t2\n"
+         "\t\tHints (mod ):\thstem 0 20\n"
+         "\t\tHints (orig):\t(none)\n"},
         // A changed blend: equal at the default location, different at Bold.
         {"cff2-modified.otf", "cff2-original.otf", "CFF2",
          "\n### Changed glyphs:\n"

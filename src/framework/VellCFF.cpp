@@ -209,6 +209,151 @@ constexpr OperatorName kOperatorNames[] = {
 
 }  // namespace
 
+VellCFFIndex VellReadCFFIndex(VellView table, size_t at, bool cff2) { return ReadIndex(table, at, cff2); }
+
+namespace {
+
+constexpr int kMaxSubroutineDepth = 10;
+constexpr size_t kMaxCharstringOperators = 65536;
+// A charstring may declare at most 96 stems; the masks of a hostile one are cut
+// at a length no glyph needs.
+constexpr size_t kMaxStems = 96;
+constexpr size_t kMaxMaskText = 4096;
+
+void AppendHintNumber(std::string& text, double value) {
+    char number[32];
+    std::snprintf(number, sizeof number, " %.10g", value);
+    text.append(number);
+}
+
+// A subroutine number is stored less a bias that depends on how many there are.
+int32_t SubroutineBias(uint32_t count) { return count < 1240 ? 107 : count < 33900 ? 1131 : 32768; }
+
+// Reads only what hints need: operands, the stem operators, the masks after
+// them (one bit per stem so far), and the subroutine calls that may hold any of
+// these. Every other operator just clears the operands.
+class HintReader {
+public:
+    HintReader(const VellCFF& cff, uint16_t fd) {
+        fGlobal = VellReadCFFIndex(cff.globalSubrs, 0, false);
+        if (fd < cff.fonts.size()) fLocal = VellReadCFFIndex(cff.fonts[fd].localSubrs, 0, false);
+    }
+
+    std::string Read(VellView charstring) {
+        Run(charstring, 0);
+        std::string text;
+        for (const std::string* part : {&fHorizontal, &fVertical, &fMasks})
+            if (!part->empty()) text.append(text.empty() ? "" : " ").append(*part);
+        return text;
+    }
+
+private:
+    void Stems(std::string& list, const char* name) {
+        // An odd count carries the width first.
+        size_t first = fStack.size() % 2;
+        double edge = 0;
+        for (size_t k = first; k + 1 < fStack.size() && list.size() < kMaxMaskText; k += 2) {
+            if (list.empty()) list = name;
+            edge += fStack[k];
+            AppendHintNumber(list, edge);
+            edge += fStack[k + 1];
+            AppendHintNumber(list, edge);
+            fStems = std::min(fStems + 1, kMaxStems);
+        }
+        fStack.clear();
+    }
+
+    void Run(VellView code, int depth) {
+        if (depth > kMaxSubroutineDepth) {
+            fDone = true;
+            return;
+        }
+        size_t at = 0;
+        while (at < code.size() && !fDone) {
+            if (++fOperators > kMaxCharstringOperators) {
+                fDone = true;
+                return;
+            }
+            uint8_t b0 = code.u8(at++);
+            double value = 0;
+            if (b0 == 28) {
+                value = code.s16(at);
+                at += 2;
+            } else if (b0 >= 32 && b0 <= 246) {
+                value = b0 - 139;
+            } else if (b0 >= 247 && b0 <= 250) {
+                value = (b0 - 247) * 256 + code.u8(at++) + 108;
+            } else if (b0 >= 251 && b0 <= 254) {
+                value = -(b0 - 251) * 256 - code.u8(at++) - 108;
+            } else if (b0 == 255) {
+                value = code.s32(at) / 65536.0;
+                at += 4;
+            } else {
+                switch (b0) {
+                    case 1:   // hstem
+                    case 18:  // hstemhm
+                        Stems(fHorizontal, "hstem");
+                        break;
+                    case 3:   // vstem
+                    case 23:  // vstemhm
+                        Stems(fVertical, "vstem");
+                        break;
+                    case 19:    // hintmask
+                    case 20: {  // cntrmask
+                        // Operands left before the first mask are a vstem list.
+                        if (!fStack.empty()) Stems(fVertical, "vstem");
+                        if (fMasks.size() < kMaxMaskText) {
+                            fMasks.append(fMasks.empty() ? "" : " ").append(b0 == 19 ? "hintmask " : "cntrmask ");
+                            for (size_t bit = 0; bit < fStems; ++bit)
+                                fMasks.push_back(code.u8(at + bit / 8) & (0x80 >> bit % 8) ? '1' : '0');
+                        }
+                        at += (fStems + 7) / 8;
+                        fStack.clear();
+                        break;
+                    }
+                    case 10:    // callsubr
+                    case 29: {  // callgsubr
+                        const VellCFFIndex& subrs = b0 == 10 ? fLocal : fGlobal;
+                        if (fStack.empty()) return;
+                        double number = fStack.back() + SubroutineBias(subrs.count);
+                        fStack.pop_back();
+                        if (number < 0 || number >= subrs.count) return;
+                        Run(subrs.Object(static_cast<uint32_t>(number)), depth + 1);
+                        break;
+                    }
+                    case 11:  // return
+                        return;
+                    case 14:  // endchar
+                        fDone = true;
+                        return;
+                    case 12:
+                        ++at;
+                        fStack.clear();
+                        break;
+                    default:
+                        fStack.clear();
+                        break;
+                }
+                continue;
+            }
+            if (fStack.size() < 48) fStack.push_back(value);
+        }
+    }
+
+    VellCFFIndex fGlobal, fLocal;
+    std::vector<double> fStack;
+    size_t fStems = 0, fOperators = 0;
+    bool fDone = false;
+    std::string fHorizontal, fVertical, fMasks;
+};
+
+}  // namespace
+
+std::string VellCFFHintText(const VellCFF& cff, uint32_t glyph) {
+    if (cff.cff2 || glyph >= cff.GlyphCount()) return {};
+    return HintReader(cff, cff.fdSelect[glyph]).Read(cff.charStrings.Object(glyph));
+}
+
 VellView VellCFFIndex::Object(uint32_t i) const {
     if (i >= count) return {};
     size_t from = ReadOffset(*this, i), to = ReadOffset(*this, i + 1);

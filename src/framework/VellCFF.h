@@ -87,6 +87,17 @@ bool VellReadCFF(VellView table, bool cff2, VellCFF* cff, std::string* why);
 bool VellCFFGlyphNames(VellView cff, std::vector<std::string>* names);
 bool VellCFFGlyphNames(const VellCFF& cff, std::vector<std::string>* names);
 
+// An INDEX of the table read at `at` ('CFF2' counts in 32 bits).
+VellCFFIndex VellReadCFFIndex(VellView table, size_t at, bool cff2);
+
+// A 'CFF ' glyph's stem hints as text, read from its charstring and the
+// subroutines it calls without drawing it: "hstem 10 60 80 110", "vstem ...",
+// then each "hintmask" or "cntrmask" as its bits, one per stem. Stems are given
+// by their edges, so hints spelled otherwise (hstem or hstemhm, the operands
+// split across subroutines) read alike. Empty for a glyph without hints, and for
+// 'CFF2'. Subroutine nesting is capped at 10, operators at 65,536.
+std::string VellCFFHintText(const VellCFF& cff, uint32_t glyph);
+
 // The label of a DICT operator ("FontBBox", "BlueValues", ...) or "operator 12 x".
 std::string VellCFFOperatorName(uint16_t op);
 // Whether the operator holds an offset or size inside the table rather than a

@@ -187,6 +187,8 @@ int32_t TCFFTableDumper::DumpTableContents() {
         }
         if (!cff.cff2) PrintInt32Field(1, "Width", outline.advance, false, true);
         PrintOutline(*this, 1, outline);
+        std::string hints = VellCFFHintText(cff, glyph);
+        if (!hints.empty()) PrintStringField(1, "Hints", hints);
     }
     return 0;
 }
@@ -279,6 +281,8 @@ int32_t TCFFTableComparator::DumpTableDeltas() {
         if (modified.charStrings.Object(m) == original.charStrings.Object(o) &&
             sameContext(modified.fdSelect[m], original.fdSelect[o]))
             continue;
+        // Hints are read from the charstrings ('CFF ' only): FreeType draws without them.
+        std::string modifiedHints = VellCFFHintText(modified, m), originalHints = VellCFFHintText(original, o);
         bool headed = false;
         for (int location = -1; location < instances; ++location) {
             if (instances > 0) {
@@ -287,11 +291,11 @@ int32_t TCFFTableComparator::DumpTableDeltas() {
             }
             bool modifiedRead = modifiedFace->Load(m, &modifiedOutline);
             bool originalRead = originalFace->Load(o, &originalOutline);
-            if (modifiedRead == originalRead && modifiedOutline == originalOutline) continue;
+            bool hintsDiffer = location < 0 && modifiedHints != originalHints;
+            if (modifiedRead == originalRead && modifiedOutline == originalOutline && !hintsDiffer) continue;
             if (!headed && changed++ == 0) PrintLine("\n### Changed glyphs:", true);
             if (changed > kListedGlyphs) break;
             if (!headed) {
-                fNames = &fModifiedNames;
                 PrintGlyphLine(*this, 1, "Glyph ID", m);
                 fNames = &fOriginalNames;
                 if (m != o) PrintGlyphLine(*this, 2, "Original glyph ID", o);
@@ -309,9 +313,13 @@ int32_t TCFFTableComparator::DumpTableDeltas() {
             if (modifiedRead != originalRead) {
                 PrintStringField(indent, ModLabel("Charstring"), modifiedRead ? "read" : "not readable");
                 PrintStringField(indent, OrigLabel("Charstring"), originalRead ? "read" : "not readable");
-                continue;
+            } else {
+                PrintOutlineDeltas(*this, indent, modifiedOutline, originalOutline, !modified.cff2);
             }
-            PrintOutlineDeltas(*this, indent, modifiedOutline, originalOutline, !modified.cff2);
+            if (hintsDiffer) {
+                PrintStringField(indent, ModLabel("Hints"), modifiedHints.empty() ? "(none)" : modifiedHints);
+                PrintStringField(indent, OrigLabel("Hints"), originalHints.empty() ? "(none)" : originalHints);
+            }
         }
     }
     if (changed > kListedGlyphs)

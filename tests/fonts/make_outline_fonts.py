@@ -8,6 +8,8 @@
                       BlueValues changed
   cff-reencoded.otf   cff-original's outlines spelled with other operators and
                       with B drawn through a local subroutine
+  cff-hinted.otf      cff-original with stem hints and a hint mask on A, and B
+                      hinted through a subroutine
   cff2-original.otf   'CFF2' with a 'wght' axis (100, 400, 900) and the named
                       instances Regular (400) and Bold (900): glyph A's right edge
                       moves 20 units from Regular to Bold
@@ -109,6 +111,14 @@ def main():
     reencoded["C"] = [500, 100, 100, "rmoveto", 300, 300, -300, "hlineto", "endchar"]
     build_cff(os.path.join(directory, "cff-reencoded.otf"), reencoded,
               subrs=[[500, 0, "rlineto", -250, 600, "rlineto", "return"]])
+
+    # Stems by edges: A's bottom and top (0 to 60, 340 to 400) and its sides.
+    hinted = dict(ORIGINAL)
+    hinted["A"] = [600, 0, 60, 280, 60, "hstemhm", 100, 60, 280, 60, "vstemhm", "hintmask", bytes([0xF0]),
+                   100, 0, "rmoveto", 400, 0, "rlineto", 0, 400, "rlineto", -400, 0, "rlineto", "endchar"]
+    hinted["B"] = [700, -107, "callsubr", 100, 0, "rmoveto", 500, 0, "rlineto", -250, 600, "rlineto",
+                   0, 100, "rmoveto", 50, 0, 50, 50, 0, 50, "rrcurveto", "endchar"]
+    build_cff(os.path.join(directory, "cff-hinted.otf"), hinted, subrs=[[0, 20, "hstem", "return"]])
 
     build_cff2(os.path.join(directory, "cff2-original.otf"), 20)
     build_cff2(os.path.join(directory, "cff2-modified.otf"), 40)

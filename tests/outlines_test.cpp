@@ -3,6 +3,8 @@
 // the CFF structures read on their own.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "VellCmpErrors.h"
 #include "framework/VellCFF.h"
 #include "framework/VellOutlines.h"
@@ -306,6 +308,24 @@ TEST(Outlines, CFFGlyphNamesAndDicts) {
     EXPECT_EQ(parsed.top.Number(13), 108);
     EXPECT_EQ(parsed.top.Number(VellCFFEscaped(3)), -100);
     EXPECT_EQ(parsed.top.Number(VellCFFEscaped(4)), -2.5);
+}
+
+// A subroutine that calls itself ends the hint reading at the nesting cap, and the
+// comparison still finishes.
+TEST(Outlines, RecursiveSubroutine) {
+    OpenTypeForTest openType;
+    FontTables font = FontFile("cff-hinted.otf");
+    Bytes& table = font["CFF "];
+    // Local subroutine 0, "0 20 hstem return", becomes "-107 callsubr 0 return".
+    const Bytes kSubroutine = {0x8B, 0x9F, 0x01, 0x0B};
+    auto at = std::search(table.begin(), table.end(), kSubroutine.begin(), kSubroutine.end());
+    ASSERT_NE(at, table.end());
+    std::copy_n(Bytes{0x20, 0x0A, 0x8B, 0x0B}.begin(), 4, at);
+    VellCFF cff;
+    std::string why;
+    ASSERT_TRUE(VellReadCFF(VellView(table.data(), table.size()), false, &cff, &why));
+    EXPECT_EQ(VellCFFHintText(cff, 2), "");
+    EXPECT_NE(CompareDeltas(font, FontFile("cff-hinted.otf"), "CFF ").find("\tGlyph ID:\t2\n"), std::string::npos);
 }
 
 // Counts and offsets that claim more than the table holds read as fewer objects.

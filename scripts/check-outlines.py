@@ -11,7 +11,8 @@ Both readings are brought to the same closed-contour form: a line back to the
 contour's first point and a line of no length draw nothing, so neither is kept.
 
 Usage: check-outlines.py [--all-faces] [FONT[#FACE] ...]
-Without fonts: face 0 of Noto Sans CJK Regular, Cantarell Regular and Inter.
+Without fonts: face 0 of Noto Sans CJK Regular, Cantarell Regular, Inter, and
+the test suite's small 'CFF2' font.
 Exits 0 when every glyph agrees, 1 otherwise; 0 with a message when fontTools
 is missing.
 """
@@ -32,6 +33,7 @@ DEFAULT_FONTS = [
     "/usr/share/fonts/opentype/noto/NotoSansCJK-Regular.ttc#0",
     "/usr/share/fonts/opentype/cantarell/Cantarell-Regular.otf",
     "/usr/share/fonts/truetype/inter-vf/Inter.var.ttf",
+    os.path.join(ROOT, "tests", "fonts", "cff2-original.otf"),
 ]
 
 

@@ -108,6 +108,26 @@ TEST(Outlines, PostScriptPairs) {
         EXPECT_EQ(CompareDeltas(FontFile(c.modified), FontFile(c.original), c.tag), c.deltas) << c.modified;
 }
 
+// velldump lists each glyph as FreeType draws it: 'CFF2' at the default location
+// (its blend read), 'CFF ' with its width and its hints.
+TEST(Outlines, VelldumpListsGlyphs) {
+    struct Case {
+        const char* font;
+        const char* tag;
+        const char* glyph;
+    } const kCases[] = {
+        {"cff2-original.otf", "CFF2", "Glyph ID:\t1 (A)\n\tContour 0:\tM 100 0 L 500 0 L 500 400 L 100 400\n"},
+        {"cff-hinted.otf", "CFF ",
+         "Glyph ID:\t1 (A)\n\tWidth:\t600\n\tContour 0:\tM 100 0 L 500 0 L 500 400 L 100 400\n"
+         "\tHints:\thstem 0 60 340 400 vstem 100 160 440 500 hintmask 1111\n"},
+    };
+    for (const Case& c : kCases) {
+        RunResult run = RunVelldump({"--opentype", "-p", std::string(VELLCMP_SOURCE_DIR "/tests/fonts/") + c.font, c.tag});
+        EXPECT_EQ(run.status, 0) << c.font;
+        EXPECT_NE(run.out.find(c.glyph), std::string::npos) << c.font << "\n" << run.out;
+    }
+}
+
 // Without --opentype a changed 'CFF ' is still the hex difference.
 TEST(Outlines, ClassicReportUnchanged) {
     std::string deltas = CompareDeltas(FontFile("cff-modified.otf"), FontFile("cff-original.otf"), "CFF ");

@@ -94,6 +94,8 @@ std::unique_ptr<VellOutlineFaceData> OpenFace(const uint8_t* bytes, size_t size,
             data->instances.push_back(std::move(instance));
         }
         FT_Done_MM_Var(data->library, variations);
+        // A 'CFF2' blend is read only once coordinates are set, the default's too.
+        FT_Set_Var_Design_Coordinates(data->face, 0, nullptr);
     }
     return data;
 }

@@ -94,6 +94,13 @@ TEST(Outlines, PostScriptPairs) {
          "\tGlyph ID:\t2\n"
          "\t\tHints (mod ):\thstem 0 20\n"
          "\t\tHints (orig):\t(none)\n"},
+        // A CID-keyed font: glyphs paired by CID, wherever the subset put them.
+        {"cid-modified.otf", "cid-original.otf", "CFF ",
+         "\n### Added CIDs (in modified font and not original font):\n"
+         "\tCID:\t35\n"
+         "\n### Deleted CIDs (in original font but not in modified font):\n"
+         "\tCID:\t15364\n"
+         "\tCID:\t15365\n"},
         // A changed blend: equal at the default location, different at Bold.
         {"cff2-modified.otf", "cff2-original.otf", "CFF2",
          "\n### Changed glyphs:\n"

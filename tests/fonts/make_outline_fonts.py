@@ -10,6 +10,9 @@
                       with B drawn through a local subroutine
   cff-hinted.otf      cff-original with stem hints and a hint mask on A, and B
                       hinted through a subroutine
+  cid-original.otf    CID-keyed: face 0 of Noto Sans CJK Regular (fonts-noto-cjk)
+                      subset to A and three ideographs, CIDs kept
+  cid-modified.otf    the same subset to A, B and two of the ideographs
   cff2-original.otf   'CFF2' with a 'wght' axis (100, 400, 900) and the named
                       instances Regular (400) and Bold (900): glyph A's right edge
                       moves 20 units from Regular to Bold
@@ -24,6 +27,9 @@ import sys
 from fontTools.cffLib import SubrsIndex
 from fontTools.fontBuilder import FontBuilder
 from fontTools.misc.psCharStrings import T2CharString
+from fontTools.ttLib import TTFont
+
+NOTO_CJK = "/usr/share/fonts/opentype/noto/NotoSansCJK-Regular.ttc"
 
 ORDER = [".notdef", "A", "B", "C"]
 CMAP = {0x41: "A", 0x42: "B", 0x43: "C", 0x44: "D"}
@@ -89,6 +95,18 @@ def build_cff2(path, delta):
     fb.save(path)
 
 
+def build_cid(path, codes):
+    from fontTools import subset
+
+    options = subset.Options()
+    options.notdef_outline = True
+    font = TTFont(NOTO_CJK, fontNumber=0)
+    subsetter = subset.Subsetter(options)
+    subsetter.populate(unicodes=codes)
+    subsetter.subset(font)
+    font.save(path)
+
+
 def main():
     directory = sys.argv[1] if len(sys.argv) > 1 else os.path.dirname(os.path.abspath(__file__))
     build_cff(os.path.join(directory, "cff-original.otf"), ORIGINAL)
@@ -119,6 +137,10 @@ def main():
     hinted["B"] = [700, -107, "callsubr", 100, 0, "rmoveto", 500, 0, "rlineto", -250, 600, "rlineto",
                    0, 100, "rmoveto", 50, 0, 50, 50, 0, 50, "rrcurveto", "endchar"]
     build_cff(os.path.join(directory, "cff-hinted.otf"), hinted, subrs=[[0, 20, "hstem", "return"]])
+
+    if os.path.exists(NOTO_CJK):
+        build_cid(os.path.join(directory, "cid-original.otf"), [0x41, 0x6C38, 0x56FD, 0x5B57])
+        build_cid(os.path.join(directory, "cid-modified.otf"), [0x41, 0x42, 0x6C38, 0x56FD])
 
     build_cff2(os.path.join(directory, "cff2-original.otf"), 20)
     build_cff2(os.path.join(directory, "cff2-modified.otf"), 40)

@@ -23,6 +23,12 @@ const std::tuple<void (*)(TTableDumper&), const char*, const char*> kPrintCases[
     PRINTS(PrintStringField(2, "Name", "Vell"), "\t\tName:\tVell\n"),
     PRINTS(PrintPascalStringField(1, "PS", VellView(kPascal)), "\tPS:\tHello\n"),
     PRINTS(PrintVersionField(0, "Version", 0x00018000), "Version:\t1.32768\n"),
+    // The shortest decimal that reads back as the same 16.16 value.
+    PRINTS(PrintFixedField(0, "Revision", 0x000111EC), "Revision:\t1.07\n"),
+    PRINTS(PrintFixedField(0, "Angle", -0xC8000), "Angle:\t-12.5\n"),
+    PRINTS(PrintFixedField(0, "V", 0x00010000), "V:\t1.0\n"),
+    PRINTS(PrintFixedField(0, "V", 1), "V:\t0.00002\n"),
+    PRINTS(PrintFixedField(0, "V", -0x7FFFFFFF - 1), "V:\t-32768.0\n"),
     PRINTS(PrintTagField(1, "Vendor", VellMakeTag("OS/2")), "\tVendor:\t'OS/2'\n"),
     PRINTS(PrintInt32Field(1, "N", -2, true, false), "\tN:\t0xFFFFFFFE"),  // the line is left open
     PRINTS(PrintUInt32Field(1, "N", 0xE7006EFF, false), "\tN:\t-419401985\n"),  // unsigned, printed signed
@@ -51,6 +57,7 @@ const std::tuple<void (*)(TTableDumper&), const char*, const char*> kPrintCases[
     PRINTS(PrintUnicodeValue(1, nullptr, 0x41, false, true), "\t0x41"),
     PRINTS(PrintGlyphField(1, "Glyph", 36, false, false), "\tGlyph:\t36\n"),  // without a font, a plain number
     PRINTS(PrintGlyphField(0, nullptr, 3, false, false), "(null):\t3\n"),  // as the C library prints a null string
+    PRINTS(PrintGlyphValue(1, "Glyph", 36), "\tGlyph:\t36\n"),
     PRINTS(PrintFontNameField(1, "Name", 4), "\tName:\t4\n"),
 };
 #undef PRINTS

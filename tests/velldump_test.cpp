@@ -31,6 +31,26 @@ TEST(Velldump, PrintsTheNamedTablesInTheirOrderOrEveryTableInDirectoryOrder) {
     EXPECT_THAT(RunVelldump({"-p", path, "hmtx"}).out, HasSubstr("\tGlyph:\t2 (A)\n"));
 }
 
+TEST(Velldump, WithOpenTypeTheTablesTheComparisonDecodesListTheirFieldsAndWithoutItStayHex) {
+    TempDir dir;
+    FontTables font = SampleFont();
+    // One format 6 Microsoft Unicode subtable mapping 'A' and 'B'.
+    font["cmap"] = TableWriter().U16(0).U16(1).U16(3).U16(1).U32(12).U16(6).U16(14).U16(0).U16(0x41).U16(2).U16(2).U16(3);
+    std::string path = dir.Write("a.ttf", BuildSfnt(font));
+    const std::pair<const char*, std::string> cases[] = {
+        {"head", "\tVersion:\t1.0\n\tFont revision:\t1.0\n\tChecksum adjustment:\t0x12345678\n"},
+        {"OS/2", "\tVersion:\t"},
+        {"post", "\tFormat:\t2.0\n\tItalic angle:\t0.0\n\tUnderline position:\t-100\n"},
+        {"post", "\tGlyph:\t3\n\t\tName:\tB\n\n#####\n End table"},
+        {"cmap", "Encoding:\t1\n\tPlatform:\tMicrosoft\n\tScript:\tUnicode BMP\n\tLanguage:\tLanguage-independent\n"
+                 "\tFormat:\t6\n\t\tU+0041 ==> 2 (A)\n\t\tU+0042 ==> 3 (B)\n"},
+    };
+    for (const auto& [tag, lines] : cases) {
+        EXPECT_THAT(RunVelldump({"--opentype", "-p", path, tag}).out, HasSubstr(lines)) << tag;
+        EXPECT_THAT(RunVelldump({"-p", path, tag}).out, HasSubstr("\n0x00000000\t")) << tag;  // a hex dump
+    }
+}
+
 TEST(Velldump, EveryFontOfACollectionOrTheOneNamedWithF) {
     TempDir dir;
     std::string path = dir.Write("a.ttc", BuildCollection({WithCvt("One", 1), WithCvt("Two", 2)}));

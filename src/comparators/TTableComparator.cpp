@@ -7,47 +7,11 @@
 namespace {
 
 constexpr size_t kDeltaRowBytes = 8;
-constexpr char kHexDigits[] = "0123456789ABCDEF";
 
 // A hex-difference row is at most this long: marker, offset, two sides, line end.
 constexpr size_t kDeltaRowChars = 4 + 11 + 2 * (3 * kDeltaRowBytes + 3 + kDeltaRowBytes) + 4 + 1;
 // Rows are written a block at a time: a 20 MB table makes millions of them.
 constexpr size_t kDeltaBlockChars = 64 * 1024;
-
-// "0x%08lX\t" of a row's offset.
-char* PutOffset(char* at, size_t offset) {
-    char digits[16];
-    int count = 0;
-    do {
-        digits[count++] = kHexDigits[offset & 0xF];
-        offset >>= 4;
-    } while (offset != 0);
-    *at++ = '0';
-    *at++ = 'x';
-    for (int pad = 8 - count; pad > 0; --pad) *at++ = '0';
-    while (count > 0) *at++ = digits[--count];
-    *at++ = '\t';
-    return at;
-}
-
-// One side of a hex-difference row: the bytes, the gaps for missing ones, then the
-// character column. `shown` gives the byte whose character the column shows.
-template <typename Shown>
-char* PutSide(char* at, VellView side, size_t offset, size_t count, Shown shown) {
-    for (size_t i = 0; i < count; ++i) {
-        uint8_t byte = side.u8(offset + i);
-        *at++ = kHexDigits[byte >> 4];
-        *at++ = kHexDigits[byte & 0xF];
-        *at++ = ' ';
-    }
-    at = std::fill_n(at, 3 * (kDeltaRowBytes - count), ' ');
-    at = std::copy_n("\t|\t", 3, at);
-    for (size_t i = 0; i < count; ++i) {
-        uint8_t byte = side.u8(offset + i);
-        *at++ = IsUnprintableByte(byte) ? kUnprintableMark : static_cast<char>(shown(i, byte));
-    }
-    return std::fill_n(at, kDeltaRowBytes - count, ' ');
-}
 
 }  // namespace
 
@@ -104,13 +68,13 @@ int32_t TTableComparator::DumpTableDeltas() {
         bool different = m != o || !(modified.sub(offset, m) == original.sub(offset, o));
         char row[kDeltaRowChars];
         char* at = std::copy_n(different ? "==> " : "    ", 4, row);
-        at = PutOffset(at, offset);
-        at = PutSide(at, modified, offset, m, [](size_t, uint8_t byte) { return byte; });
+        at = PutHexOffset(at, offset);
+        at = PutHexSide(at, modified, offset, m, kDeltaRowBytes, [](size_t, uint8_t byte) { return byte; });
         at = std::copy_n("\t||\t", 4, at);
         // The original side's character column shows the modified table's byte
         // wherever the original byte is printable: a long-standing mix-up that
         // reports keep. Past the end of the modified table the original byte shows.
-        at = PutSide(at, original, offset, o, [&](size_t i, uint8_t byte) {
+        at = PutHexSide(at, original, offset, o, kDeltaRowBytes, [&](size_t i, uint8_t byte) {
             return i < m ? modified.u8(offset + i) : byte;
         });
         *at++ = '\n';

@@ -12,7 +12,8 @@
 class TTableDumper;
 
 enum class FieldKind : uint8_t {
-    Version,       // 16.16, PrintVersionField
+    Version,       // 16.16, PrintVersionField: both halves as whole numbers
+    Fixed,         // signed 16.16, PrintFixedField: as a decimal
     Int32,         // 32 bits, PrintInt32Field, decimal
     Int32Hex,      // 32 bits, PrintInt32Field, hexadecimal
     UInt16,        // PrintUInt16Field, decimal

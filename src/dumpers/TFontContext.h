@@ -16,6 +16,7 @@
 
 #include "framework/VellFontFile.h"
 #include "framework/VellMemory.h"
+#include "framework/VellTables.h"
 #include "framework/VellView.h"
 
 class TFontContext {
@@ -58,7 +59,3 @@ private:
     std::optional<uint32_t> fGlyphCount;
     std::optional<VellHandle> fPost;
 };
-
-// The field offsets of the metrics headers 'hhea' and 'vhea', which share one layout.
-inline constexpr uint32_t kMetricsHeaderBytes = 36;
-inline constexpr uint32_t kLongMetricCountOffset = 34;  // numberOfHMetrics, numOfLongVerMetrics

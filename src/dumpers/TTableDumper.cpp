@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cmath>
 #include <cstring>
 #include <exception>
 
@@ -14,19 +15,8 @@ namespace {
 
 constexpr char kHexDigits[] = "0123456789ABCDEF";
 constexpr size_t kHexDumpRowBytes = 16;
-
-void AppendHexByte(std::string& row, uint8_t byte) {
-    row.push_back(kHexDigits[byte >> 4]);
-    row.push_back(kHexDigits[byte & 0xF]);
-    row.push_back(' ');
-}
-
-// The hex offset column of a listing row: "0x%08lX\t".
-void AppendOffset(std::string& row, size_t offset) {
-    char text[32];
-    int length = std::snprintf(text, sizeof text, "0x%08lX\t", static_cast<unsigned long>(offset));
-    row.append(text, static_cast<size_t>(length));
-}
+// A hex dump row is at most this long: offset, bytes, character column, line end.
+constexpr size_t kHexDumpRowChars = 11 + 3 * kHexDumpRowBytes + 3 + kHexDumpRowBytes + 1;
 
 // The colours of --color: the modified value of a changed-value pair, the
 // original value, and a row of a hex difference whose bytes differ.
@@ -101,6 +91,22 @@ void AppendFixed(std::string& out, int32_t value) {
     out.append(at, end);
 }
 
+void AppendShortFixed(std::string& out, int32_t value) {
+    int64_t scale = 1;
+    int64_t scaled = 0;
+    int decimals = 0;
+    for (; decimals < 5; ++decimals, scale *= 10) {
+        scaled = std::llround(static_cast<double>(value) * static_cast<double>(scale) / 65536.0);
+        if (std::llround(static_cast<double>(scaled) * 65536.0 / static_cast<double>(scale)) == value) break;
+    }
+    if (decimals == 5) scaled = std::llround(static_cast<double>(value) * static_cast<double>(scale) / 65536.0);
+    uint64_t magnitude = scaled < 0 ? uint64_t{0} - static_cast<uint64_t>(scaled) : static_cast<uint64_t>(scaled);
+    if (scaled < 0) out.push_back('-');
+    AppendDecimal(out, static_cast<int64_t>(magnitude / static_cast<uint64_t>(scale)));
+    out.push_back('.');
+    AppendDecimal(out, static_cast<int64_t>(magnitude % static_cast<uint64_t>(scale)), std::max(decimals, 1));
+}
+
 void AppendPoint(std::string& out, int32_t x, int32_t y) {
     out.append("( ");
     AppendFixed(out, x);
@@ -123,6 +129,21 @@ std::string VellFormat(const char* format, ...) {
     va_end(arguments);
     text.resize(static_cast<size_t>(length));
     return text;
+}
+
+char* PutHexOffset(char* at, size_t offset) {
+    char digits[16];
+    int count = 0;
+    do {
+        digits[count++] = kHexDigits[offset & 0xF];
+        offset >>= 4;
+    } while (offset != 0);
+    *at++ = '0';
+    *at++ = 'x';
+    for (int pad = 8 - count; pad > 0; --pad) *at++ = '0';
+    while (count > 0) *at++ = digits[--count];
+    *at++ = '\t';
+    return at;
 }
 
 std::string PostScriptGlyphName(const VellHandle& post, uint32_t glyphCount, uint32_t glyph) {
@@ -172,21 +193,13 @@ uint32_t TTableDumper::GetGlyphUnicode(uint32_t) { return 0xFFFF; }
 int32_t TTableDumper::DumpTableContents() {
     if (!fTable || fOutput == nullptr) return 1;
     VellView table = GetTableView();
-    std::string row;
     for (size_t offset = 0; offset < table.size(); offset += kHexDumpRowBytes) {
         size_t count = std::min(kHexDumpRowBytes, table.size() - offset);
-        row.clear();
-        AppendOffset(row, offset);
-        for (size_t i = 0; i < count; ++i) AppendHexByte(row, table.u8(offset + i));
-        row.append(3 * (kHexDumpRowBytes - count), ' ');
-        row.append("\t|\t");
-        for (size_t i = 0; i < count; ++i) {
-            uint8_t byte = table.u8(offset + i);
-            row.push_back(IsUnprintableByte(byte) ? kUnprintableMark : static_cast<char>(byte));
-        }
-        row.append(kHexDumpRowBytes - count, ' ');
-        row.push_back('\n');
-        WriteRaw(row);
+        char row[kHexDumpRowChars];
+        char* at = PutHexOffset(row, offset);
+        at = PutHexSide(at, table, offset, count, kHexDumpRowBytes, [](size_t, uint8_t byte) { return byte; });
+        *at++ = '\n';
+        WriteRaw({row, static_cast<size_t>(at - row)});
     }
     return 0;
 }
@@ -309,6 +322,13 @@ void TTableDumper::PrintVersionField(int indent, std::string_view label, uint32_
     EndLine(true);
 }
 
+void TTableDumper::PrintFixedField(int indent, std::string_view label, int32_t value) {
+    BeginLine(indent);
+    AppendLabel(label);
+    AppendShortFixed(fLine, value);
+    EndLine(true);
+}
+
 void TTableDumper::PrintTagField(int indent, std::string_view label, VellTag tag) {
     BeginLine(indent);
     AppendLabel(label);
@@ -316,6 +336,19 @@ void TTableDumper::PrintTagField(int indent, std::string_view label, VellTag tag
     AppendText(VellTagText(tag));
     fLine.push_back('\'');
     EndLine(true);
+}
+
+std::string TTableDumper::GlyphText(uint32_t glyph) {
+    std::string text;
+    AppendDecimal(text, glyph);
+    if (!gShowPostScriptNames) return text;
+    std::string name;
+    GetGlyphName(glyph, name);
+    return text + " (" + name + ")";
+}
+
+void TTableDumper::PrintGlyphValue(int indent, std::string_view label, uint32_t glyph) {
+    PrintStringField(indent, label, GlyphText(glyph));
 }
 
 void TTableDumper::PrintGlyphField(int indent, const char* label, uint32_t glyph, bool unicode,
@@ -478,6 +511,7 @@ void TTableDumper::PrintFieldRow(int indent, const FieldRow& row, std::string_vi
     uint32_t at = row.offset;
     switch (row.kind) {
         case FieldKind::Version: PrintVersionField(indent, label, table.u32(at)); break;
+        case FieldKind::Fixed: PrintFixedField(indent, label, table.s32(at)); break;
         case FieldKind::Int32: PrintInt32Field(indent, label, table.s32(at), false, true); break;
         case FieldKind::Int32Hex: PrintInt32Field(indent, label, table.s32(at), true, true); break;
         case FieldKind::UInt16: PrintUInt16Field(indent, label, table.u16(at), false); break;
@@ -505,18 +539,6 @@ void TTableDumper::DumpFieldRows(int indent, std::span<const FieldRow> rows, Vel
 
 uint32_t TTableDumper::GetTableSize() const { return fTable ? static_cast<uint32_t>(fTable->bytes.size()) : 0; }
 
-void TTableDumper::LockHandle(const VellHandle& handle) {
-    ErrorRecord record;
-    VelmHLock(handle, &record);
-    ThrowIfVellError(record);
-}
-
-void TTableDumper::UnlockHandle(const VellHandle& handle) {
-    ErrorRecord record;
-    VelmHUnlock(handle, &record);
-    ThrowIfVellError(record);
-}
-
 uint32_t TTableDumper::GetHandleSize(const VellHandle& handle) {
     ErrorRecord record;
     uint32_t size = VelmGetHandleSize(handle, &record);
@@ -524,14 +546,3 @@ uint32_t TTableDumper::GetHandleSize(const VellHandle& handle) {
     return size;
 }
 
-void TTableDumper::DisposeHandle(VellHandle& handle) {
-    ErrorRecord record;
-    VelmDisposeHandle(handle, &record);
-    ThrowIfVellError(record);
-}
-
-void TTableDumper::CopyHandle(VellHandle& handle) {
-    ErrorRecord record;
-    handle = VelmHandToHand(handle, &record);
-    ThrowIfVellError(record);
-}

@@ -3,6 +3,7 @@
 // report's line formats live in this class alone.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <span>
@@ -50,8 +51,13 @@ public:
     void PrintStringField(int indent, std::string_view label, std::string_view text);
     void PrintPascalStringField(int indent, std::string_view label, VellView pascalString);
     void PrintVersionField(int indent, std::string_view label, uint32_t version);
+    void PrintFixedField(int indent, std::string_view label, int32_t value);
     void PrintTagField(int indent, std::string_view label, VellTag tag);
     void PrintGlyphField(int indent, const char* label, uint32_t glyph, bool unicode, bool lineEnd);
+    // A glyph as the newer accounts show it: its number, or "36 (A)" with -p.
+    std::string GlyphText(uint32_t glyph);
+    // "<label>:\t" and GlyphText, ending the line.
+    void PrintGlyphValue(int indent, std::string_view label, uint32_t glyph);
     void PrintInt32Field(int indent, std::string_view label, int32_t value, bool hex, bool lineEnd);
     void PrintUInt32Field(int indent, std::string_view label, uint32_t value, bool hex);
     void PrintUInt16Field(int indent, std::string_view label, uint16_t value, bool hex);
@@ -85,15 +91,7 @@ public:
     // The font's context, for handlers built in the handler form; null otherwise.
     TFontContext* GetContext() const { return fContext; }
     virtual int GetHandlerKind() const { return 0; }
-
-    // Classic block operations, kept for the interface; blocks never move here.
-    void LockHandleHigh(const VellHandle& handle) { LockHandle(handle); }
-    void MoveHandleHigh(const VellHandle&) {}
-    void LockHandle(const VellHandle& handle);
-    void UnlockHandle(const VellHandle& handle);
     uint32_t GetHandleSize(const VellHandle& handle);
-    void DisposeHandle(VellHandle& handle);
-    void CopyHandle(VellHandle& handle);
 
 protected:
     // Writes bytes with no "%%" folding: pieces of the hex listings, which the
@@ -134,6 +132,15 @@ inline bool IsUnprintableByte(uint8_t byte) {
 }
 inline constexpr char kUnprintableMark = static_cast<char>(0xC2);
 
+// The pieces of a hex listing's row, written into a buffer: the offset column
+// ("0x%08lX\t"), then count bytes ("%02X " each) padded with three blanks for each
+// of the row's missing bytes, then "\t|\t" and the character column, whose byte i
+// is shown(i, byte) or the unprintable mark, padded with a blank for each missing
+// byte. Each returns where the next piece goes.
+char* PutHexOffset(char* at, size_t offset);
+template <typename Shown>
+char* PutHexSide(char* at, VellView bytes, size_t offset, size_t count, size_t rowBytes, Shown shown);
+
 // A glyph's PostScript name from a font's own 'post' table: empty without one, or
 // for a glyph at or past the font's glyph count. A framework failure throws.
 std::string PostScriptGlyphName(const VellHandle& post, uint32_t glyphCount, uint32_t glyph);
@@ -144,8 +151,30 @@ std::string PostScriptGlyphName(const VellHandle& post, uint32_t glyphCount, uin
 void AppendDecimal(std::string& out, int64_t value, int minDigits = 1);
 void AppendHex(std::string& out, uint32_t value, int minDigits);
 void AppendFixed(std::string& out, int32_t value);
+// A 16.16 value as the shortest decimal that reads back as the same value: 1.07,
+// -12.5, 1.0 (font tools write 16.16 values the same way).
+void AppendShortFixed(std::string& out, int32_t value);
 // "( x, y )" of two 16.16 values.
 void AppendPoint(std::string& out, int32_t x, int32_t y);
 
 // printf into a std::string.
 std::string VellFormat(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+template <typename Shown>
+char* PutHexSide(char* at, VellView bytes, size_t offset, size_t count, size_t rowBytes, Shown shown) {
+    constexpr char kHexDigits[] = "0123456789ABCDEF";
+    for (size_t i = 0; i < count; ++i) {
+        uint8_t byte = bytes.u8(offset + i);
+        *at++ = kHexDigits[byte >> 4];
+        *at++ = kHexDigits[byte & 0xF];
+        *at++ = ' ';
+    }
+    for (size_t i = count; i < rowBytes; ++i) at = std::copy_n("   ", 3, at);
+    at = std::copy_n("\t|\t", 3, at);
+    for (size_t i = 0; i < count; ++i) {
+        uint8_t byte = bytes.u8(offset + i);
+        *at++ = IsUnprintableByte(byte) ? kUnprintableMark : static_cast<char>(shown(i, byte));
+    }
+    for (size_t i = count; i < rowBytes; ++i) *at++ = ' ';
+    return at;
+}

@@ -132,7 +132,7 @@ void VellGetHMTXMetrics(VellFontRef font, uint32_t glyph, uint16_t* advance, int
         record->code = kVellParamErr;
         return;
     }
-    uint32_t longMetrics = hhea.u16(34);
+    uint32_t longMetrics = hhea.u16(kLongMetricCountOffset);
     if (glyph < longMetrics) {
         *advance = hmtx.u16(4 * size_t{glyph});
         *sideBearing = hmtx.s16(4 * size_t{glyph} + 2);

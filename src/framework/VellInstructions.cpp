@@ -16,8 +16,8 @@ struct Family {
     const char* mnemonic;
 };
 
-// The TrueType instruction set, with the additions variation fonts brought
-// (GETVARIATION, and Apple's GETDATA). Opcodes no family covers are undefined:
+// The TrueType instruction set, with the two instructions variable fonts brought
+// (GETVARIATION and GETDATA). Opcodes no family covers are undefined:
 // 0x28, 0x7B, 0x83, 0x84, 0x8F, 0x90 and 0x93 to 0xAF.
 constexpr Family kFamilies[] = {
     {0x00, 1, "SVTCA"},     {0x02, 1, "SPVTCA"},   {0x04, 1, "SFVTCA"},       {0x06, 1, "SPVTL"},

@@ -14,14 +14,5 @@ uint32_t VelmGetHandleSize(const VellHandle& handle, ErrorRecord* record) {
     return static_cast<uint32_t>(handle->bytes.size());
 }
 
-void VelmHLock(const VellHandle&, ErrorRecord*) {}
-void VelmHUnlock(const VellHandle&, ErrorRecord*) {}
-void VelmMoveHHi(const VellHandle&, ErrorRecord*) {}
-
-VellHandle VelmHandToHand(const VellHandle& handle, ErrorRecord*) {
-    if (!handle) return nullptr;
-    return VelmNewHandle(handle->bytes);
-}
-
 void VelmDisposeHandle(VellHandle& handle, ErrorRecord*) { handle.reset(); }
 void VelmDisposePtr(VellHandle& pointer, ErrorRecord*) { pointer.reset(); }

@@ -27,11 +27,6 @@ inline VellView VelmView(const VellHandle& handle) {
 }
 
 uint32_t VelmGetHandleSize(const VellHandle& handle, ErrorRecord* record);
-void VelmHLock(const VellHandle& handle, ErrorRecord* record);
-void VelmHUnlock(const VellHandle& handle, ErrorRecord* record);
-void VelmMoveHHi(const VellHandle& handle, ErrorRecord* record);
-// A new block holding a copy of the handle's bytes (a null handle copies to null).
-VellHandle VelmHandToHand(const VellHandle& handle, ErrorRecord* record);
 void VelmDisposeHandle(VellHandle& handle, ErrorRecord* record);
-// Pointers from VellGetFontTablePtr are blocks too, released the same way.
+// Decoded arrays from the framework are blocks too, released the same way.
 void VelmDisposePtr(VellHandle& pointer, ErrorRecord* record);

@@ -85,19 +85,6 @@ VellHandle VellGetFontTableHandle(VellFontRef font, VellTag tag, uint32_t* size,
     return VelmNewHandle({bytes.data(), bytes.size()});
 }
 
-VellHandle VellGetFontTablePtr(VellFontRef font, VellTag tag, uint32_t* size, ErrorRecord* record) {
-    uint32_t wanted = *size;
-    *size = 0;
-    if (!CheckFont(font, record)) return nullptr;
-    const VellTableEntry* entry = FindEntry(font, tag);
-    if (entry == nullptr) return nullptr;
-    VellView bytes;
-    if (!EntryBytes(font, *entry, &bytes, record)) return nullptr;
-    VellView part = bytes.sub(0, wanted);
-    *size = static_cast<uint32_t>(part.size());
-    return VelmNewHandle({part.data(), part.size()});
-}
-
 uint32_t VellCountFontGlyphs(VellFontRef font, ErrorRecord* record) {
     if (!CheckFont(font, record)) return 0;
     return VellFontTableView(font, VellMakeTag("maxp"), record).u16(4);

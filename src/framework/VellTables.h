@@ -26,10 +26,6 @@ void VellFindFontTableParts(VellFontRef font, VellTag tag, uint32_t offset, uint
 VellHandle VellGetFontTableHandle(VellFontRef font, VellTag tag, uint32_t* size,
                                   ErrorRecord* record);
 
-// A block holding the first *size bytes of the table (fewer when the table is
-// shorter; *size is updated), or null, with no error, when the font has none.
-VellHandle VellGetFontTablePtr(VellFontRef font, VellTag tag, uint32_t* size, ErrorRecord* record);
-
 // The font's glyph count: numGlyphs of 'maxp' (unsigned 16-bit), or 0 without
 // 'maxp'. A 'maxp' whose entry runs past the end of the file is an error.
 uint32_t VellCountFontGlyphs(VellFontRef font, ErrorRecord* record);
@@ -38,3 +34,7 @@ uint32_t VellCountFontGlyphs(VellFontRef font, ErrorRecord* record);
 // no such table or its entry lies outside the file (which, with a record, is an
 // error as it is for VellGetFontTableHandle).
 VellView VellFontTableView(VellFontRef font, VellTag tag, ErrorRecord* record = nullptr);
+
+// The metrics headers 'hhea' and 'vhea' share one layout: numberOfHMetrics
+// (numOfLongVerMetrics) stands at this offset in both.
+inline constexpr uint32_t kLongMetricCountOffset = 34;

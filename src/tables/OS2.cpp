@@ -145,6 +145,19 @@ constexpr FieldRow kOlderDumpRows[] = {
 
 }  // namespace
 
+int32_t TOS2TableDumper::DumpTableContents() {
+    VellView table = GetTableView();
+    std::span<const FieldRow> rows = kOlderDumpRows;
+    if (table.size() >= kVersion2Size)
+        rows = kDumpRows;
+    else if (table.size() >= kVersion1Size)
+        rows = std::span(kDumpRows).first(kVersion1DumpRowCount);
+    else if (table.size() >= kVersion0Size)
+        rows = kVersion0DumpRows;
+    DumpFieldRows(1, rows, table);
+    return 0;
+}
+
 int32_t TOS2TableComparator::DumpTableDeltas() {
     if (!HasBothTables()) return 1;
     uint32_t modifiedSize = GetTableSize();

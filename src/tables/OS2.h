@@ -1,9 +1,17 @@
 // 'OS/2': compared in the layout its byte size selects (86 bytes version 1, 96
 // bytes version 2, any other size the older "filler" layout), or dumped whole for
-// both fonts when the sizes differ. There is no separate 'OS/2' dumper.
+// both fonts when the sizes differ. With --opentype velldump lists it too.
 #pragma once
 
 #include "comparators/TTableComparator.h"
+
+// Every field the comparison's layouts know of, in the longest layout the table
+// holds: the version 2 fields for tables of versions 2 to 5.
+class TOS2TableDumper : public TTableDumper {
+public:
+    using TTableDumper::TTableDumper;
+    int32_t DumpTableContents() override;
+};
 
 class TOS2TableComparator : public TTableComparator {
 public:

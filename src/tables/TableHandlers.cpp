@@ -75,6 +75,12 @@ const TableHandler kTableHandlers[] = {
     {VellMakeTag("prop"), kClassic, MakeComparator<TPROPTableComparator>, MakeDumper<TPROPTableDumper>, kVelldump},
     {VellMakeTag("vhea"), kClassic, MakeComparator<TVHEATableComparator>, MakeDumper<TVHEATableDumper>, kVelldump},
     {VellMakeTag("vmtx"), kClassic, MakeComparator<TVMTXTableComparator>, MakeDumper<TVMTXTableDumper>, kVelldump},
+
+    // With --opentype velldump lists the tables whose comparisons already know every field.
+    {VellMakeTag("OS/2"), kOpenType, nullptr, MakeDumper<TOS2TableDumper>, kVelldump},
+    {VellMakeTag("cmap"), kOpenType, nullptr, MakeDumper<TCMAPTableDumper>, kVelldump},
+    {VellMakeTag("head"), kOpenType, nullptr, MakeDumper<THEADTableDumper>, kVelldump},
+    {VellMakeTag("post"), kOpenType, nullptr, MakeDumper<TPOSTTableDumper>, kVelldump},
 };
 
 // The first row of this tag that has what `has` asks for: an OpenType row under

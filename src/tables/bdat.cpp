@@ -178,6 +178,7 @@ void TBDATTableComparator::PrintLocation(const char* heading, const TGlyphBitmap
     PrintLine(data, listed);
 }
 
+// The tool never runs this: a changed 'bdat' is reported by the 'head' comparator.
 int32_t TBDATTableComparator::DumpTableDeltas() {
     if (!HasBothTables()) return 1;
     VellView modifiedBdat = GetTableView(), originalBdat = GetOriginalTableView();

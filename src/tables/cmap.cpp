@@ -5,6 +5,7 @@
 
 #include "VellCmpErrors.h"
 #include "framework/VellEncodings.h"
+#include "framework/VellGlyphs.h"
 #include "framework/VellIdentifiers.h"
 
 namespace {
@@ -134,7 +135,41 @@ void DumpChangedMappings(TTableDumper& dumper, const VellCGArray& original, cons
     });
 }
 
+// A character code as the listing shows it: "U+0041" (with -u, its name too) for
+// a Unicode encoding, else "0x41".
+std::string CodeText(uint32_t code, bool unicode) {
+    std::string text = unicode ? "U+" : "0x";
+    AppendHex(text, code, unicode ? 4 : 2);
+    if (!unicode || !gShowUnicodeNames) return text;
+    ErrorRecord record;
+    std::string name = VellGetUnicodeScalarName(code, &record);
+    ThrowIfVellError(record);
+    return text + " " + name;
+}
+
 }  // namespace
+
+int32_t TCMAPTableDumper::DumpTableContents() {
+    VellFontRef font = GetFont();
+    for (uint32_t index = 1, count = CountEncodings(font); index <= count; ++index) {
+        Encoding encoding = GetEncoding(font, index);
+        ErrorRecord record;
+        PrintInt32Field(0, "Encoding", static_cast<int32_t>(index), false, true);
+        PrintStringField(1, "Platform", VellPlatformToString(encoding.platform, &record));
+        PrintStringField(1, "Script", VellScriptToString(encoding.platform, encoding.script, &record));
+        PrintStringField(1, "Language",
+                         VellLanguageToString(encoding.platform, encoding.script, encoding.language, &record));
+        ThrowIfVellError(record);
+        uint16_t format = 0;
+        VellCGArray mappings = VellMakeCGArrayFromCMAPTable(GetTableHandle(), index, &format, &record);
+        ThrowIfVellError(record);
+        PrintUInt16Field(1, "Format", format, false);
+        bool unicode = IsUnicode(encoding);
+        for (const VellCGPair& mapping : mappings)
+            PrintLine("\t\t" + CodeText(mapping.code, unicode) + " ==> " + GlyphText(mapping.glyph), true);
+    }
+    return 0;
+}
 
 // Encodings are matched by platform, script and language; one present in only
 // one font is listed by name and its mappings are not compared.

@@ -2,7 +2,7 @@
 
 namespace {
 
-// The seven classic QuickDraw style bits; bits 7 to 15 show only in the hex value.
+// The seven macStyle bits the report names; bits 7 to 15 show only in the hex value.
 void PrintMacStyleBits(TTableDumper& dumper, uint32_t macStyle) {
     static constexpr const char* kStyles[] = {"Bold", "Italic", "Underline", "Outline", "Shadow", "Condense", "Extend"};
     for (uint32_t bit = 0; bit < 7; ++bit) dumper.PrintBooleanField(2, kStyles[bit], macStyle & (1u << bit));
@@ -37,7 +37,16 @@ constexpr FieldRow kHeadRows[] = {
     {52, FieldKind::Int16, "Glyph data format"},
 };
 
+// The dump shows the two 16.16 values as the decimals they are.
+constexpr auto kHeadDumpRows = RevisedRows<std::size(kHeadRows)>(
+    kHeadRows, {{0, FieldKind::Fixed, "Version"}, {4, FieldKind::Fixed, "Font revision"}});
+
 }  // namespace
+
+int32_t THEADTableDumper::DumpTableContents() {
+    DumpFieldRows(1, kHeadDumpRows, GetTableView());
+    return 0;
+}
 
 int32_t THEADTableComparator::DumpTableDeltas() {
     if (!HasBothTables()) return 1;

@@ -1,8 +1,15 @@
-// 'head' (and 'bhed'): the font header, compared field by field. There is no
-// 'head' dumper; a lone 'head' prints as a hex dump.
+// 'head' (and 'bhed'): the font header, compared field by field. Without
+// --opentype a lone 'head' prints as a hex dump.
 #pragma once
 
 #include "comparators/TTableComparator.h"
+
+// With --opentype, velldump lists every field of the comparison's layout.
+class THEADTableDumper : public TTableDumper {
+public:
+    using TTableDumper::TTableDumper;
+    int32_t DumpTableContents() override;
+};
 
 class THEADTableComparator : public TTableComparator {
 public:

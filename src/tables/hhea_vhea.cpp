@@ -1,5 +1,7 @@
 #include "tables/hhea_vhea.h"
 
+#include "framework/VellTables.h"
+
 namespace {
 
 // The 36-byte metrics header. 'vhea' has the same positions and keeps the
@@ -23,7 +25,7 @@ constexpr FieldRow kMetricsHeaderRows[] = {
     {28, FieldKind::Int16, "Reserved 2"},
     {30, FieldKind::Int16, "Reserved 3"},
     {32, FieldKind::Int16, "Metric data format"},
-    {34, FieldKind::UInt16, "Number of long horizontal metrics"},
+    {kLongMetricCountOffset, FieldKind::UInt16, "Number of long horizontal metrics"},
 };
 
 // The dumper prints the four reserved words under one unnumbered label.

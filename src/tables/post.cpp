@@ -44,7 +44,25 @@ std::string PostScriptName(const VellHandle& post, uint32_t glyph) {
     return name;
 }
 
+// The dump shows the format and the italic angle as the 16.16 decimals they are.
+constexpr auto kPostDumpRows = RevisedRows<std::size(kPostHeaderRows)>(
+    kPostHeaderRows, {{0, FieldKind::Fixed, "Format"}, {4, FieldKind::Fixed, "Italic angle"}});
+
+// Formats 1 and 2 name glyphs; format 3 names none, and 2.5 is long deprecated.
+bool NamesGlyphs(VellView post) { return post.u32(0) == 0x00010000 || post.u32(0) == 0x00020000; }
+
 }  // namespace
+
+int32_t TPOSTTableDumper::DumpTableContents() {
+    VellView table = GetTableView();
+    DumpFieldRows(1, kPostDumpRows, table);
+    if (!NamesGlyphs(table)) return 0;
+    for (uint32_t glyph = 0, count = GetContext()->GlyphCount(); glyph < count; ++glyph) {
+        PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
+        PrintStringField(2, "Name", PostScriptName(GetTableHandle(), glyph));
+    }
+    return 0;
+}
 
 int32_t TPOSTTableComparator::DumpTableDeltas() {
     // The glyph counts come from the fonts ('maxp'), not from the 'post' tables,

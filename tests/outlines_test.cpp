@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "VellCmpErrors.h"
+#include "comparators/TOutlineDeltas.h"
 #include "framework/VellCFF.h"
 #include "framework/VellOutlines.h"
 #include "support/Harness.h"
@@ -308,6 +309,74 @@ TEST(Outlines, GlyphsPairedByName) {
               "\t\tOriginal glyph ID:\t2\n"
               "\t\tContour 0 point 2 (mod ):\t( 310, 200 )\n"
               "\t\tContour 0 point 2 (orig):\t( 300, 200 )\n");
+}
+
+// ---- One outline's account ----
+
+VellOutline Squares(const std::vector<int32_t>& offsets, int32_t advance = 500) {
+    VellOutline outline;
+    outline.advance = advance;
+    for (int32_t offset : offsets) {
+        for (auto [x, y] : {std::pair{0, 0}, {100, 0}, {100, 100}})
+            outline.points.push_back({x + offset, y, outline.points.size() == outline.ContourStart(outline.ContourCount())
+                                                         ? VellPointKind::Move
+                                                         : VellPointKind::Line});
+        outline.contourEnds.push_back(static_cast<uint32_t>(outline.points.size()));
+    }
+    return outline;
+}
+
+TEST(Outlines, OutlineDeltas) {
+    VellOutline manyMoved = Squares(std::vector<int32_t>(10, 0)), curved = Squares({0});
+    for (VellOutlinePoint& point : manyMoved.points) point.y += 1;
+    curved.points[1].kind = VellPointKind::QuadControl;
+    curved.points[2].kind = VellPointKind::CurveEnd;
+    std::string moved;
+    for (int k = 0; k < 24; ++k)
+        moved += VellFormat("\tContour %d point %d (mod ):\t( %d, %d )\n\tContour %d point %d (orig):\t( %d, %d )\n",
+                            k / 3, k % 3, k % 3 == 0 ? 0 : 100, k % 3 == 2 ? 101 : 1, k / 3, k % 3,
+                            k % 3 == 0 ? 0 : 100, k % 3 == 2 ? 100 : 0);
+    struct Case {
+        const char* what;
+        VellOutline modified, original;
+        std::string lines;
+    } const kCases[] = {
+        {"equal", Squares({0, 200}), Squares({0, 200}), ""},
+        {"the width", Squares({0}, 510), Squares({0}), "\tWidth (mod ):\t510\n\tWidth (orig):\t500\n"},
+        {"contours in another order", Squares({200, 0}), Squares({0, 200}), "\tContours:\treordered\n"},
+        {"a contour inserted first", Squares({400, 0, 200}), Squares({0, 200}),
+         "\tAdded contour 0:\tM 400 0 L 500 0 L 500 100\n"},
+        {"a segment of another kind", curved, Squares({0}),
+         "\tContour 0 (mod ):\tM 0 0 Q 100 0 100 100\n\tContour 0 (orig):\tM 0 0 L 100 0 L 100 100\n"},
+        {"more moved points than are listed", manyMoved, Squares(std::vector<int32_t>(10, 0)),
+         moved + "\tMoved points not listed:\t6\n"},
+    };
+    for (const Case& c : kCases) {
+        CapturedStream out;
+        TTableDumper dumper(VelmNewHandle(Bytes{0}), out.file(), nullptr);
+        EXPECT_EQ(PrintOutlineDeltas(dumper, 1, c.modified, c.original, true), !c.lines.empty()) << c.what;
+        EXPECT_EQ(out.Text(), c.lines) << c.what;
+    }
+}
+
+// Names pair glyphs only when each names one glyph in each font.
+TEST(Outlines, PairingFallsBackToNumbers) {
+    struct Case {
+        std::vector<std::string> modified, original;
+        bool byName;
+        std::vector<uint32_t> added, deleted;
+    } const kCases[] = {
+        {{".notdef", "A", "B"}, {".notdef", "B"}, true, {1}, {}},
+        {{".notdef", "A", "A"}, {".notdef", "A"}, false, {2}, {}},
+        {{".notdef", ""}, {".notdef", "A", "B"}, false, {}, {2}},
+    };
+    for (const Case& c : kCases) {
+        GlyphPairing pairing = PairGlyphs(c.modified, static_cast<uint32_t>(c.modified.size()), c.original,
+                                          static_cast<uint32_t>(c.original.size()));
+        EXPECT_EQ(pairing.byName, c.byName);
+        EXPECT_EQ(pairing.added, c.added);
+        EXPECT_EQ(pairing.deleted, c.deleted);
+    }
 }
 
 // ---- The CFF structures ----

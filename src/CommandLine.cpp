@@ -1,15 +1,20 @@
 #include "CommandLine.h"
 
+#include <fcntl.h>
 #include <getopt.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "VellCmpErrors.h"
+#include "dumpers/TTableDumper.h"
 
 namespace {
 
@@ -17,7 +22,7 @@ constexpr size_t kReportBufferBytes = size_t{1} << 20;
 
 // getopt_long's values for the long options without a letter of their own.
 enum : int { kSummaryValue = 256, kTablesValue, kExcludeTablesValue, kExitCodeValue, kColorValue, kLongHelpValue,
-             kOpenTypeValue };
+             kOpenTypeValue, kPairValue };
 
 struct LongOptionRow {
     unsigned flag;
@@ -33,6 +38,10 @@ const LongOptionRow kLongOptionRows[] = {
      "\t--tables=TAG[,TAG...] Print the account of only these changed tables; the lists still name every table\n"},
     {kLongTables, {"exclude-tables", required_argument, nullptr, kExcludeTablesValue},
      "\t--exclude-tables=TAG[,TAG...] Print the account of every changed table but these\n"},
+    {kLongPair, {"pair", required_argument, nullptr, kPairValue},
+     "\t--pair=name|index Pair the fonts of the two files by name (the default: each modified font with the "
+     "original font of its full name) or by index (the first font of each file, then the second, ...); -f "
+     "overrides it\n"},
     {kLongExitCode, {"exit-code", no_argument, nullptr, kExitCodeValue},
      "\t--exit-code Exit with 0 when the fonts are identical, 1 when they differ or a font has no partner, 2 on "
      "failure\n"},
@@ -64,18 +73,40 @@ bool AddTags(const char* list, std::vector<VellTag>& tags) {
     }
 }
 
-bool ParseColorMode(const char* argument, ColorMode* mode) {
-    if (argument == nullptr || std::strcmp(argument, "always") == 0)
-        *mode = ColorMode::kAlways;
-    else if (std::strcmp(argument, "never") == 0)
-        *mode = ColorMode::kNever;
-    else if (std::strcmp(argument, "auto") == 0)
-        *mode = ColorMode::kAuto;
-    else {
-        std::fprintf(stderr, "#### ERROR:  Invalid colour \"%s\": use never, always or auto\n", argument);
-        return false;
+// The position of an option's argument among the words it may be, or -1 after an
+// error line that names them all ("use never, always or auto").
+int ChooseWord(const char* argument, std::span<const char* const> words, const char* what) {
+    std::string choices;
+    for (size_t i = 0; i < words.size(); ++i) {
+        if (std::strcmp(argument, words[i]) == 0) return static_cast<int>(i);
+        choices += (i == 0 ? "" : i + 1 == words.size() ? " or " : ", ") + std::string(words[i]);
     }
-    return true;
+    std::fprintf(stderr, "#### ERROR:  Invalid %s \"%s\": use %s\n", what, argument, choices.c_str());
+    return -1;
+}
+
+bool ParseColorMode(const char* argument, ColorMode* mode) {
+    constexpr const char* kWords[] = {"never", "always", "auto"};
+    constexpr ColorMode kModes[] = {ColorMode::kNever, ColorMode::kAlways, ColorMode::kAuto};
+    int chosen = argument == nullptr ? 1 : ChooseWord(argument, kWords, "colour");
+    if (chosen >= 0) *mode = kModes[chosen];
+    return chosen >= 0;
+}
+
+bool ParsePairing(const char* argument) {
+    constexpr const char* kWords[] = {"name", "index"};
+    int chosen = ChooseWord(argument, kWords, "pairing");
+    if (chosen >= 0) gPairFontsByIndex = chosen == 1;
+    return chosen >= 0;
+}
+
+// Opens an -o file for writing as "w" would, but without emptying it yet.
+FILE* OpenReportFile(const char* path) {
+    int descriptor = open(path, O_WRONLY | O_CREAT, 0666);
+    if (descriptor < 0) return nullptr;
+    FILE* report = fdopen(descriptor, "w");
+    if (report == nullptr) close(descriptor);
+    return report;
 }
 
 }  // namespace
@@ -96,12 +127,13 @@ CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters, uns
             case 'f': gFontName = optarg; break;
             case 'h': options.help = true; break;
             case 'o': {
-                FILE* report = std::fopen(optarg, "w");
+                FILE* report = OpenReportFile(optarg);
                 if (report == nullptr) {
                     std::fprintf(stderr, "#### ERROR:  Cannot open output file \"%s\"\n", optarg);
                     options.error = 1;
                 } else {
                     gReportFile = report;
+                    options.reportFiles.push_back({report, optarg});
                 }
                 break;
             }
@@ -116,6 +148,7 @@ CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters, uns
             case kColorValue: options.error = !ParseColorMode(optarg, &color); break;
             case kLongHelpValue: options.help = options.longHelp = true; break;
             case kOpenTypeValue: gOpenType = 1; break;
+            case kPairValue: options.error = !ParsePairing(optarg); break;
             default:
                 std::fprintf(stderr, "#### ERROR:  Unknown option: %c\n", option);
                 options.error = 1;
@@ -130,6 +163,27 @@ CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters, uns
     return options;
 }
 
+bool ClaimReportFiles(const CommandLineOptions& options, char* const fontFiles[], int count) {
+    for (const ReportFile& report : options.reportFiles) {
+        struct stat reportStatus;
+        if (fstat(fileno(report.stream), &reportStatus) != 0) continue;
+        for (int i = 0; i < count; ++i) {
+            struct stat fontStatus;
+            if (stat(fontFiles[i], &fontStatus) != 0) continue;
+            if (fontStatus.st_dev == reportStatus.st_dev && fontStatus.st_ino == reportStatus.st_ino) {
+                std::fprintf(stderr, "##### ERROR:  The output file \"%s\" is the font file \"%s\"; it is left "
+                             "untouched\n", report.path.c_str(), fontFiles[i]);
+                return false;
+            }
+        }
+    }
+    // A terminal or a pipe has nothing to empty, and refuses.
+    for (const ReportFile& report : options.reportFiles)
+        if (ftruncate(fileno(report.stream), 0) != 0 && errno != EINVAL)
+            std::fprintf(stderr, "#### ERROR:  Cannot open output file \"%s\"\n", report.path.c_str());
+    return true;
+}
+
 bool ColorWanted(ColorMode mode, bool terminal, const char* noColor) {
     if (mode != ColorMode::kAuto) return mode == ColorMode::kAlways;
     return terminal && (noColor == nullptr || noColor[0] == '\0');
@@ -141,6 +195,11 @@ void PrintLongOptionUsage(unsigned longOptions) {
         if (longOptions & row.flag) std::printf("%s", row.usage);
     std::printf("Font files may be TrueType or OpenType fonts, collections, resource-fork font files, or WOFF and "
                 "WOFF2 web fonts.\n");
+    std::printf("An -o file that is one of the font files, by any path or link, is refused and left untouched.\n");
+    std::printf("No table's account prints more than %llu times the size of its tables, or %llu MB when that is more: "
+                "a damaged table's account is cut there, with a line saying so.\n",
+                static_cast<unsigned long long>(TTableDumper::kAccountBytesPerTableByte),
+                static_cast<unsigned long long>(TTableDumper::kAccountFloorBytes >> 20));
 }
 
 VellTag TagFromText(std::string_view text) {

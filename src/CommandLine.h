@@ -2,8 +2,10 @@
 // switches, the usage lines of the long options, and the version line.
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "framework/VellTypes.h"
 
@@ -19,6 +21,13 @@ enum LongOption : unsigned {
     kLongTables = 1u << 4,    // --tables=TAG[,TAG...] and --exclude-tables=TAG[,TAG...]
     kLongExitCode = 1u << 5,  // --exit-code
     kLongOpenType = 1u << 6,  // --opentype
+    kLongPair = 1u << 7,      // --pair=name|index
+};
+
+// A file -o opened, kept as it is until it is known to be none of the font files.
+struct ReportFile {
+    FILE* stream;
+    std::string path;
 };
 
 struct CommandLineOptions {
@@ -26,6 +35,7 @@ struct CommandLineOptions {
     bool help = false;      // -h or --help
     bool longHelp = false;  // --help
     bool version = false;   // -V or --version
+    std::vector<ReportFile> reportFiles;  // every -o given, the last one the report's
 };
 
 // Parses the options of `letters` (a getopt option string: any of f:, h, o:, p, u,
@@ -33,6 +43,11 @@ struct CommandLineOptions {
 // Parsing stops at the first operand and at the first error; optind is left at
 // the first operand. Colour is decided last, for the report stream -o chose.
 CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters, unsigned longOptions = 0);
+
+// Whether a report file of `options` is one of `fontFiles` (the same file by any
+// path or link): if so, prints an error line and answers false, leaving every
+// file as it was; otherwise empties the report files, as opening them always has.
+bool ClaimReportFiles(const CommandLineOptions& options, char* const fontFiles[], int count);
 
 enum class ColorMode { kNever, kAuto, kAlways };
 

@@ -17,6 +17,7 @@ std::vector<VellTag> gExcludedTables;
 uint8_t gColorReport = 0;
 uint8_t gExitCodeByDifference = 0;
 uint8_t gOpenType = 0;
+uint8_t gPairFontsByIndex = 0;
 uint8_t gFontsDiffer = 0;
 
 // ---- Errors ----

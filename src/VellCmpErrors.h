@@ -23,6 +23,7 @@ extern std::vector<VellTag> gExcludedTables;  // --exclude-tables: the changed t
 extern uint8_t gColorReport;          // --color, as decided for the report stream
 extern uint8_t gExitCodeByDifference; // --exit-code: 0 identical, 1 different, 2 failure
 extern uint8_t gOpenType;             // --opentype: the handlers of the OpenType handler set as well
+extern uint8_t gPairFontsByIndex;     // --pair=index: the i-th font of each file, not fonts of one name
 
 // Set once any compared pair differs (a table added, deleted or changed) or a
 // font of the modified file has no partner: what --exit-code reports.

@@ -2,6 +2,7 @@
 // how they differ, table by table.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -10,6 +11,7 @@
 #include "FontFiles.h"
 #include "VellCmpFonts.h"
 #include "framework/VellNames.h"
+#include "framework/VellTables.h"
 
 namespace {
 
@@ -24,7 +26,8 @@ constexpr const char* kHeaderRule = "===========================================
 
 // The long options vellcmp takes.
 constexpr unsigned kVellcmpLongOptions =
-    kLongHelp | kLongVersion | kLongColor | kLongSummary | kLongTables | kLongExitCode | kLongOpenType;
+    kLongHelp | kLongVersion | kLongColor | kLongSummary | kLongTables | kLongExitCode | kLongOpenType |
+    kLongPair;
 
 void PrintUsage(const std::string& name, bool longOptions) {
     PrintVersion(name);
@@ -61,8 +64,21 @@ int DisposeAndReport(VellFontListRef& modifiedList, uint32_t modifiedCount, Vell
     return 1;
 }
 
-// Pairs each font of the modified file with the original font of the same name
-// and diffs each pair under a header. Returns 0, or 1 once a failure is reported.
+// A --tables tag that neither font of a pair has names nothing to give an account of.
+void WarnOfTablesNeitherFontHas(VellFontRef modifiedFont, VellFontRef originalFont) {
+    for (auto tag = gAccountTables.begin(); tag != gAccountTables.end(); ++tag) {
+        if (std::find(gAccountTables.begin(), tag, *tag) != tag) continue;
+        // A font whose directory cannot be read fails in the comparison itself.
+        ErrorRecord scratch;
+        if (VellFindFontTable(modifiedFont, *tag, nullptr, nullptr, &scratch) != 0) continue;
+        if (VellFindFontTable(originalFont, *tag, nullptr, nullptr, &scratch) != 0) continue;
+        std::fprintf(stderr, "##### WARNING! --tables names '%s', which neither font has!\n", VellTagText(*tag).c_str());
+    }
+}
+
+// Pairs each font of the modified file with the original font of the same name,
+// or of the same index with --pair=index, and diffs each pair under a header.
+// Returns 0, or 1 once a failure is reported.
 int DiffFontFiles(const char* modifiedPath, const char* originalPath) {
     ErrorRecord record;
     ClearUSN(&record);
@@ -88,40 +104,10 @@ int DiffFontFiles(const char* modifiedPath, const char* originalPath) {
         return 1;
     }
 
-    if (!gFontName.empty()) {
-        uint32_t modifiedIndex = FindFontByName(modifiedList.get(), modifiedCount, gFontName, &record);
-        if (record.code != 0)
-            return DisposeAndReport(modifiedList, modifiedCount, originalList, originalCount, &record);
-        uint32_t originalIndex = FindFontByName(originalList.get(), originalCount, gFontName, &record);
-        if (record.code != 0)
-            return DisposeAndReport(modifiedList, modifiedCount, originalList, originalCount, &record);
-        if (modifiedIndex >= modifiedCount || originalIndex >= originalCount) {
-            // Reported by nothing but the "Aborting" line: -8 is outside ReportError's codes.
-            record.code = kVellCmpFontNotFound;
-            record.name = gFontName.substr(0, 255);
-            return DisposeAndReport(modifiedList, modifiedCount, originalList, originalCount, &record);
-        }
-        DiffFonts(modifiedList->entries[modifiedIndex].font, originalList->entries[originalIndex].font, &record);
-        if (record.code != 0)
-            return DisposeAndReport(modifiedList, modifiedCount, originalList, originalCount, &record);
-    } else {
-        for (uint32_t f = 0; f < modifiedCount; ++f) {
-            VellFontRef modifiedFont = modifiedList->entries[f].font;
-            std::string fullName;
-            VellSetErrorSource(&record, kMainSource, kPairingLine);
-            VellFindFontNameAsUTF8(modifiedFont, kFullNameCode, 0, 0, 0, &fullName, 0, &record);
-            if (Failed(&record))
-                return DisposeAndReport(modifiedList, modifiedCount, originalList, originalCount, &record);
-            uint32_t match = FindFontByName(originalList.get(), originalCount, fullName, &record);
-            if (record.code != 0)
-                return DisposeAndReport(modifiedList, modifiedCount, originalList, originalCount, &record);
-            if (match >= originalCount) {
-                // A font dropped from a family is a difference for --exit-code.
-                gFontsDiffer = 1;
-                std::fprintf(stderr, "##### WARNING! Could not find match for font %s!\n", fullName.c_str());
-                continue;
-            }
-            VellFontRef originalFont = originalList->entries[match].font;
+    auto dispose = [&] { return DisposeAndReport(modifiedList, modifiedCount, originalList, originalCount, &record); };
+    // One pair, under its header unless -f chose it; 0, or 1 once the failure is reported.
+    auto diffPair = [&](VellFontRef modifiedFont, VellFontRef originalFont, bool header) {
+        if (header) {
             std::string modifiedName, modifiedVersion, originalName, originalVersion;
             GetFontNameUTF8(modifiedFont, kFullNameCode, &modifiedName, &record);
             if (record.code == 0) GetFontNameUTF8(modifiedFont, kVersionNameCode, &modifiedVersion, &record);
@@ -137,9 +123,60 @@ int DiffFontFiles(const char* modifiedPath, const char* originalPath) {
             std::fprintf(gReportFile, "  file name: %s, full name: %s, version: %s\n\n", modifiedPath,
                          modifiedName.c_str(), modifiedVersion.c_str());
             std::fprintf(gReportFile, "%s\n\n", kHeaderRule);
-            DiffFonts(modifiedFont, originalFont, &record);
-            if (record.code != 0)
-                return DisposeAndReport(modifiedList, modifiedCount, originalList, originalCount, &record);
+        }
+        WarnOfTablesNeitherFontHas(modifiedFont, originalFont);
+        DiffFonts(modifiedFont, originalFont, &record);
+        return record.code != 0 ? dispose() : 0;
+    };
+    // The pairing's own lookup of a full name; false once its failure is reported.
+    auto findFullName = [&](VellFontRef font, std::string* fullName) {
+        VellSetErrorSource(&record, kMainSource, kPairingLine);
+        VellFindFontNameAsUTF8(font, kFullNameCode, 0, 0, 0, fullName, 0, &record);
+        return !Failed(&record);
+    };
+    auto warnUnpaired = [](const std::string& fullName) {
+        // A font dropped from a family is a difference for --exit-code.
+        gFontsDiffer = 1;
+        std::fprintf(stderr, "##### WARNING! Could not find match for font %s!\n", fullName.c_str());
+    };
+
+    if (!gFontName.empty()) {
+        uint32_t modifiedIndex = FindFontByName(modifiedList.get(), modifiedCount, gFontName, &record);
+        if (record.code != 0) return dispose();
+        uint32_t originalIndex = FindFontByName(originalList.get(), originalCount, gFontName, &record);
+        if (record.code != 0) return dispose();
+        if (modifiedIndex >= modifiedCount || originalIndex >= originalCount) {
+            // Reported by nothing but the "Aborting" line: -8 is outside ReportError's codes.
+            record.code = kVellCmpFontNotFound;
+            record.name = gFontName.substr(0, 255);
+            return dispose();
+        }
+        if (diffPair(modifiedList->entries[modifiedIndex].font, originalList->entries[originalIndex].font, false) != 0)
+            return 1;
+    } else if (gPairFontsByIndex) {
+        for (uint32_t f = 0; f < std::max(modifiedCount, originalCount); ++f) {
+            if (f < modifiedCount && f < originalCount) {
+                if (diffPair(modifiedList->entries[f].font, originalList->entries[f].font, true) != 0) return 1;
+                continue;
+            }
+            std::string fullName;
+            if (!findFullName(f < modifiedCount ? modifiedList->entries[f].font : originalList->entries[f].font,
+                              &fullName))
+                return dispose();
+            warnUnpaired(fullName);
+        }
+    } else {
+        for (uint32_t f = 0; f < modifiedCount; ++f) {
+            VellFontRef modifiedFont = modifiedList->entries[f].font;
+            std::string fullName;
+            if (!findFullName(modifiedFont, &fullName)) return dispose();
+            uint32_t match = FindFontByName(originalList.get(), originalCount, fullName, &record);
+            if (record.code != 0) return dispose();
+            if (match >= originalCount) {
+                warnUnpaired(fullName);
+                continue;
+            }
+            if (diffPair(modifiedFont, originalList->entries[match].font, true) != 0) return 1;
         }
     }
 
@@ -167,14 +204,17 @@ int main(int argc, char* argv[]) {
     CommandLineOptions options = ParseOptions(argc, argv, "f:ho:puvV", kVellcmpLongOptions);
     int error = options.error;
     std::string name = BaseName(argv[0]);
-    if (options.help || optind == argc) PrintUsage(name, options.longHelp);
-    if (options.version) PrintVersion(name);
     // With --exit-code, failures exit 2 as diff's do, leaving 1 to say "different".
     const int failure = gExitCodeByDifference ? 2 : 1;
+    if (!ClaimReportFiles(options, argv + optind, argc - optind)) return failure;
+    if (options.help || optind == argc) PrintUsage(name, options.longHelp);
+    if (options.version) PrintVersion(name);
     if (optind == argc) return error ? failure : 0;
     if (optind == argc - 2) {
         // The modified file goes first.
         int result = DiffFontFiles(argv[optind + 1], argv[optind]);
+        // A mistyped option fails a CI run though the fonts were compared.
+        if (result == 0 && gExitCodeByDifference && error) return failure;
         if (result == 0) return gExitCodeByDifference && gFontsDiffer ? 1 : 0;
         std::fprintf(stderr, "##### ERROR:  Aborting after failure to diff %s and %s.\n", argv[optind + 1],
                      argv[optind]);

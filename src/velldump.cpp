@@ -2,6 +2,7 @@
 // comparison report is built on.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -63,6 +64,7 @@ int main(int argc, char* argv[]) {
     CommandLineOptions options = ParseOptions(argc, argv, "f:ho:puV", kVelldumpLongOptions);
     int error = options.error;
     std::string name = BaseName(argv[0]);
+    if (!ClaimReportFiles(options, argv + optind, std::min(argc - optind, 1))) return 1;
     if (options.help || optind == argc) PrintUsage(name, options.longHelp);
     if (options.version) PrintVersion(name);
     if (optind == argc) return error;

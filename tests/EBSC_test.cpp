@@ -5,14 +5,6 @@
 
 namespace {
 
-// An 'EBSC' stating `count` sizes, then `records` size records of bytes 0xE4 to 0xFF (signed fields negative).
-Bytes MakeEbsc(uint32_t count, size_t records) {
-    Bytes table = TableWriter().U32(0x00020000).U32(count);
-    for (size_t record = 0; record < records; ++record)
-        for (uint8_t at = 0; at < 28; ++at) table.push_back(0xE4 + at);
-    return table;
-}
-
 TEST(Ebsc, AChangedPairPrintsOnlyTheComparisonFrame) {
     FontTables original = SampleFont(), modified = SampleFont();
     original["EBSC"] = MakeEbsc(1, 1);

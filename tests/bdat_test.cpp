@@ -10,33 +10,13 @@ namespace {
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 
-// A strike of one index subtable: ppemX, the glyphs it covers, its header, then the 32-bit words after it.
-struct Strike {
-    uint8_t ppem; uint16_t first, last, indexFormat, imageFormat; uint32_t imageData; std::vector<uint32_t> body;
-};
-
-std::string Raw(const Bytes& bytes) { return std::string(bytes.begin(), bytes.end()); }
-
-// The strike records, then each strike's one-entry index subtable array and its subtable.
-Bytes MakeBloc(const std::vector<Strike>& strikes) {
-    TableWriter records, arrays;
-    records.U32(0x00020000).U32(static_cast<uint32_t>(strikes.size()));
-    for (const Strike& s : strikes) {
-        records.U32(static_cast<uint32_t>(8 + 48 * strikes.size() + arrays.bytes().size())).U32(0).U32(1).Zeros(32);
-        records.U8(s.ppem).U8(s.ppem).U8(1).U8(0);
-        arrays.U16(s.first).U16(s.last).U32(8).U16(s.indexFormat).U16(s.imageFormat).U32(s.imageData);
-        for (uint32_t word : s.body) arrays.U32(word);
-    }
-    return records.Text(Raw(arrays));
-}
-
 // SampleFont (four glyphs) whose 12-pixel strike places each bitmap, glyphs 1 on, in turn from imageData in 'bdat'.
 FontTables WithBitmaps(const std::vector<Bytes>& bitmaps, uint32_t imageData = 4) {
     TableWriter bdat;
     bdat.U32(0x00020000).Zeros(imageData - 4);
     std::vector<uint32_t> offsets = {0};
     for (const Bytes& bitmap : bitmaps)
-        offsets.push_back(static_cast<uint32_t>(bdat.Text(Raw(bitmap)).bytes().size() - imageData));
+        offsets.push_back(static_cast<uint32_t>(bdat.Append(bitmap).bytes().size() - imageData));
     FontTables font = SampleFont();
     font["bdat"] = bdat;
     font["bloc"] = MakeBloc({{12, 1, static_cast<uint16_t>(bitmaps.size()), 1, 1, imageData, offsets}});

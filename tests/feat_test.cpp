@@ -8,20 +8,6 @@ namespace {
 
 using ::testing::HasSubstr;
 
-struct Feature { uint16_t type, flags, name; std::vector<std::pair<uint16_t, uint16_t>> settings; };  // (setting, name)
-
-// A 'feat' table: the records, then each record's settings in record order.
-Bytes Feat(const std::vector<Feature>& features) {
-    TableWriter records, settings;
-    records.U32(0x00010000).U16(static_cast<uint32_t>(features.size())).U16(0).U32(0);
-    for (const Feature& f : features) {
-        uint32_t at = static_cast<uint32_t>(12 + 12 * features.size() + settings.bytes().size());
-        records.U16(f.type).U16(static_cast<uint32_t>(f.settings.size())).U32(at).U16(f.flags).U16(f.name);
-        for (auto [setting, name] : f.settings) settings.U16(setting).U16(name);
-    }
-    return records.Text(std::string(settings.bytes().begin(), settings.bytes().end()));
-}
-
 // The comparator without fonts: names print as their IDs alone.
 std::string Deltas(const Bytes& modified, const Bytes& original) {
     CapturedStream out;
@@ -35,7 +21,7 @@ TEST(Feat, AddedAndChangedFeaturesPrintTheirBlocksAndEverySectionPrintsEvenWhenE
     std::vector<Feature> modified = kFeatures;
     std::swap(modified[0].settings[0], modified[0].settings[1]);  // settings are compared in order
     modified.push_back({5, 0, 2, {}});
-    EXPECT_EQ(Deltas(Feat(modified), Feat(kFeatures)),
+    EXPECT_EQ(Deltas(MakeFeat(modified), MakeFeat(kFeatures)),
               "### Added features:\n\n\tFeature type:\t5\n\tFeature flags:\t0x0000\n\tName:\t2\n\tSelector count:\t0\n"
               "\n\n### End added features:\n\n### Deleted features:\n\n\n### End deleted features:\n\n"
               "### Changed features:\n\n\tChanged feature:\t1\n\tOld data\n\t\tFeature type:\t1\n"
@@ -48,11 +34,11 @@ TEST(Feat, AddedAndChangedFeaturesPrintTheirBlocksAndEverySectionPrintsEvenWhenE
 TEST(Feat, AFeatureIsComparedWithEveryOriginalRecordOfItsTypeAndDeletedByTypeAlone) {
     std::vector<Feature> modified = kFeatures, original = kFeatures;
     original.insert(original.end(), {{3, 0x4000, 2, {{0, 1}}}, {7, 0, 2, {}}});
-    std::string report = Deltas(Feat(modified), Feat(original));  // equal to the first record of type 3 alone
+    std::string report = Deltas(MakeFeat(modified), MakeFeat(original));  // equal to the first record of type 3 alone
     EXPECT_THAT(report, HasSubstr("### Deleted features:\n\n\tFeature type:\t7\n"));
     EXPECT_THAT(report, HasSubstr("feature:\t3\n\tOld data\n\t\tFeature type:\t3\n\t\tFeature flags:\t0x4000"));
     modified[1].name = 4;
-    report = Deltas(Feat(modified), Feat(original));
+    report = Deltas(MakeFeat(modified), MakeFeat(original));
     EXPECT_NE(report.find("Changed feature:\t3\n"), report.rfind("Changed feature:\t3\n"));  // reported twice
 }
 

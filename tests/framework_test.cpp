@@ -41,8 +41,12 @@ TEST(FontFiles, CollectionsAndResourceForksListTheirFontsInOrder) {
 TEST(Names, TheLookupPrefersWindowsEnglishThenUnicodeThenMacRoman) {
     const NameEntry unicode = {0, 3, 0, 4, Utf16BE("Unicode")}, french = {3, 1, 0x40C, 4, Utf16BE("French")};
     const NameEntry macRoman = {1, 0, 0, 4, Bytes{'M', 'a', 'c', ' ', 0x8A}};  // 0x8A: a-dieresis
+    const NameEntry bmp = {3, 1, 0x409, 4, Utf16BE("BMP")}, full = {3, 10, 0x409, 4, Utf16BE("Full")};
     const std::pair<std::vector<NameEntry>, std::string> cases[] = {
         {{macRoman, unicode, french, {3, 1, 0x409, 4, Utf16BE("English")}}, "English"},
+        // English in the full repertoire ranks with the BMP's; between records of one rank the first wins.
+        {{unicode, full}, "Full"}, {{full, bmp}, "Full"}, {{bmp, full}, "BMP"},
+        {{french, unicode, {0, 4, 0, 4, Utf16BE("Later")}}, "Unicode"},
         {{macRoman, unicode, french}, "Unicode"},
         {{french, macRoman}, "Mac \xC3\xA4"},
         {{french}, "French"},

@@ -18,24 +18,6 @@ namespace {
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 
-// SampleFont with these glyphs and their 'loca'; short offsets pad each glyph to
-// an even length.
-FontTables GlyphFont(const std::vector<Bytes>& glyphs, bool longLoca = false) {
-    FontTables font = SampleFont();
-    font["maxp"] = MakeMaxp(static_cast<uint16_t>(glyphs.size()));
-    SetU16(font["head"], 50, longLoca);
-    TableWriter glyf, loca;
-    auto offset = [&] { longLoca ? loca.U32(glyf.bytes().size()) : loca.U16(glyf.bytes().size() / 2); };
-    for (const Bytes& glyph : glyphs) {
-        offset();
-        for (uint8_t byte : glyph) glyf.U8(byte);
-        if (!longLoca && glyph.size() % 2 != 0) glyf.U8(0);
-    }
-    offset();
-    font["glyf"] = glyf, font["loca"] = loca;
-    return font;
-}
-
 // One contour, its points on the curve, stored as word deltas: (10, 20) (30, 40)
 // with PUSHB[1] 5 and SRP0, and (0, 0) (0, 100) (100, 100) without instructions.
 const Bytes kSide = {0, 1, 0, 10, 0, 20, 0, 30, 0, 40, 0, 1, 0, 3, 0xB0, 5, 0x10, 1, 1, 0, 10, 0, 20, 0, 20, 0, 20};
@@ -217,6 +199,7 @@ TEST(Instructions, MnemonicsFlagBitsAndPushesOfOneInstructionUpToTheGivenLength)
     const std::tuple<Bytes, std::string, uint32_t> cases[] = {
         {{0x00}, "SVTCA[0]", 1}, {{0x10}, "SRP0[]", 1}, {{0x69}, "ROUND[01]", 1}, {{0xED}, "MIRP[01101]", 1},
         {{0x87}, "SDPVTL[1]", 1}, {{0x91}, "GETVARIATION[]", 1}, {{0x28}, "Unknown opcode 0x28", 1},
+        {{0xC0, 0x10}, "MDRP[00000]", 1},  // the first opcode past PUSHW[8]
         {{0xB1, 12, 34, 0x10}, "PUSHB[2] 12 34", 3}, {{0xB9, 0xFF, 0xFE, 0x01, 0x00}, "PUSHW[2] -2 256", 5},
         {{0x40, 2, 7, 255}, "NPUSHB[2] 7 255", 4}, {{0x41, 1, 0x80, 0x00}, "NPUSHW[1] -32768", 4},
         // Pushes cut short take the rest; half a word is no value.

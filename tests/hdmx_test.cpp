@@ -8,16 +8,11 @@
 namespace {
 
 using ::testing::HasSubstr;
-using DeviceRecord = std::vector<uint8_t>;  // pixel size, maximum width, then the glyph widths
 
 // SampleFont (glyphs .notdef, space, A, B) with an 'hdmx' of records of `size` bytes.
 FontTables WithHdmx(const std::vector<DeviceRecord>& records, uint16_t version = 0, uint32_t size = 8) {
     FontTables font = SampleFont();
-    font["hdmx"] = TableWriter().U16(version).U16(static_cast<uint32_t>(records.size())).U32(size);
-    for (DeviceRecord record : records) {
-        record.resize(size);
-        font["hdmx"].insert(font["hdmx"].end(), record.begin(), record.end());
-    }
+    font["hdmx"] = MakeHdmx(records, version, size);
     return font;
 }
 

@@ -1,48 +1,12 @@
 #include <gtest/gtest.h>
 
-#include <array>
-
 #include "support/Harness.h"
 #include "tables/mort_morx.h"
 
 namespace {
 
-enum Format { kMort, kMorx };
-
-std::string Raw(const Bytes& bytes) { return std::string(bytes.begin(), bytes.end()); }
-
-// The fields in 16 bits in 'mort' and in 32 in 'morx' (counts, subtable lengths and coverage), then `rest`.
-Bytes Wide(Format format, std::initializer_list<size_t> fields, const Bytes& rest = {}) {
-    TableWriter writer;
-    for (size_t field : fields) (format == kMort ? writer.U16(field) : writer.U32(field));
-    return writer.Text(Raw(rest));
-}
-
-// Two chains; the second holds a ligature subtable whose state table has five
-// classes (glyphs 3 to 5 in classes 4, 4, 1 in 'mort', all 4 in 'morx') and two states.
-Bytes Sample(Format f) {
-    auto subtable = [f](uint32_t coverage, const Bytes& body) {
-        return Raw(Wide(f, {body.size() + (f == kMort ? 8 : 12), coverage}, TableWriter().U32(1).Text(Raw(body))));
-    };
-    // Feature entries are (type, setting, enable, disable) each.
-    auto chain = [f](uint32_t flags, std::vector<std::array<uint32_t, 4>> entries, std::vector<std::string> subtables) {
-        TableWriter rest;
-        for (auto [type, setting, enable, disable] : entries) rest.U16(type).U16(setting).U32(enable).U32(disable);
-        for (const std::string& subtable : subtables) rest.Text(subtable);
-        uint32_t length = static_cast<uint32_t>(rest.bytes().size()) + (f == kMort ? 12 : 16);
-        return Raw(TableWriter().U32(flags).U32(length).Text(Raw(Wide(f, {entries.size(), subtables.size()}, rest))));
-    };
-    // The state table header, the class table (a lookup in 'morx'), the state array and one entry.
-    Bytes ligature = Wide(kMort, {5, 14, 22, 32, 0, 0, 0, 3, 3, 0x0404, 0x0100, 0, 0, 0x0100, 0, 0x0201, 0, 0});
-    if (f == kMorx)
-        ligature = Wide(kMorx, {5, 28, 52, 72, 78, 78, 78}, Wide(kMort, {2, 6, 2, 12, 1, 0, 5, 3, 4, 0xFFFF, 0xFFFF, 0,
-                                                                     0, 0, 0, 0, 1, 0, 0, 0, 2, 1, 0, 0, 0}));
-    return TableWriter().U32(f == kMort ? 0x00010000 : 0x00020000).U32(2)
-        .Text(chain(3, {{1, 0, 1, 1}}, {subtable(1, Bytes(8, 0))}))
-        .Text(chain(1, {{2, 0, 2, 2}, {3, 1, 4, 4}}, {subtable(1, Bytes(4, 7)), subtable(0x2002, ligature)}));
-}
-
-const Bytes kMortSample = Sample(kMort), kMorxSample = Sample(kMorx);
+// MakeMetamorphosis' samples: two chains, the second with a ligature subtable.
+const Bytes kMortSample = MakeMetamorphosis(kMort), kMorxSample = MakeMetamorphosis(kMorx);
 
 template <typename Comparator>
 std::string Compare(const Bytes& modified, const Bytes& original, bool frame = false) {
@@ -85,15 +49,25 @@ TEST(Morx, FeatureEntriesAreReportedUnderTheChainIndexWithTheModifiedValueTwice)
     }
 }
 
-TEST(Mort, DumperShowsTheLigatureStateTable) {
-    std::string dump = DumpContents<TMORTTableDumper>(kMortSample);
-    EXPECT_EQ(dump.substr(dump.find("\t\t\t\tState table header:\n")),
-              "\t\t\t\tState table header:\n\t\t\t\t\tNumber of classes:\t5\n\t\t\t\t\tOffset to class table:\t0x000E\n"
-              "\t\t\t\t\tOffset to state array table:\t0x0016\n\t\t\t\t\tOffset to entry table:\t0x0020\n"
-              "\t\t\t\t\tClass table:\n\t\t\t\t\t\tFirst glyph:\t3\n\t\t\t\t\t\tNumber of glyph:\t3\n"
-              "\t\t\t\t\t\t3:\t4\n\t\t\t\t\t\t4:\t4\n\t\t\t\t\t\t5:\t1\n\t\t\t\t\tState table:\n"
-              "\t\t\t\t\t\tState count:\t2\n\t\t\t\t\t\t\t0\t1\t2\t3\t4\n\t\t\t\t\t\ts0\t0\t0\t0\t0\t1\n"
-              "\t\t\t\t\t\ts1\t0\t0\t0\t2\t1\n");
+TEST(MortMorx, DumperShowsTheLigatureStateTable) {
+    // 'mort' lists its class array; 'morx' lists its class lookup's one segment (last glyph, first glyph, class).
+    const std::pair<std::string, std::string> kCases[] = {
+        {DumpContents<TMORTTableDumper>(kMortSample),
+         "\t\t\t\t\tNumber of classes:\t5\n\t\t\t\t\tOffset to class table:\t0x000E\n"
+         "\t\t\t\t\tOffset to state array table:\t0x0016\n\t\t\t\t\tOffset to entry table:\t0x0020\n"
+         "\t\t\t\t\tClass table:\n\t\t\t\t\t\tFirst glyph:\t3\n\t\t\t\t\t\tNumber of glyph:\t3\n"
+         "\t\t\t\t\t\t3:\t4\n\t\t\t\t\t\t4:\t4\n\t\t\t\t\t\t5:\t1\n"},
+        {DumpContents<TMORXTableDumper>(kMorxSample),
+         "\t\t\t\t\tNumber of classes:\t5\n\t\t\t\t\tOffset to class table:\t0x0000001C\n"
+         "\t\t\t\t\tOffset to state array table:\t0x00000034\n\t\t\t\t\tOffset to entry table:\t0x00000048\n"
+         "\t\t\t\t\tClass table:\n\t\t\t\t\t\tFormat:\t2\n\t\t\t\t\t\tFirst glyph:\t3\n"
+         "\t\t\t\t\t\tLast glyph:\t5\n\t\t\t\t\t\tClass:\t4\n"},
+    };
+    for (const auto& [dump, classes] : kCases)
+        EXPECT_EQ(dump.substr(dump.find("\t\t\t\tState table header:\n")),
+                  "\t\t\t\tState table header:\n" + classes +
+                      "\t\t\t\t\tState table:\n\t\t\t\t\t\tState count:\t2\n\t\t\t\t\t\t\t0\t1\t2\t3\t4\n"
+                      "\t\t\t\t\t\ts0\t0\t0\t0\t0\t1\n\t\t\t\t\t\ts1\t0\t0\t0\t2\t1\n");
 }
 
 // Every handler on every prefix of a sample, and on the sample with a count, length

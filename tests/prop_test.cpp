@@ -13,14 +13,6 @@ namespace {
 using ::testing::HasSubstr;
 using Values = std::vector<uint16_t>;
 
-// A 'prop' whose format says whether the lookup (given in 16-bit words) is used.
-Bytes MakeProp(uint16_t format, uint16_t defaultProperty, const Values& lookup = {}) {
-    TableWriter prop;
-    prop.U32(0x00020000).U16(format).U16(defaultProperty);
-    for (uint16_t word : lookup) prop.U16(word);
-    return prop;
-}
-
 // A binary-search lookup and whatever follows its units; units of size 0 claim 65535.
 Values BinarySearch(uint16_t format, uint16_t unitSize, Values units) {
     units.insert(units.begin(), {format, unitSize, uint16_t(unitSize ? units.size() * 2 / unitSize : 0xFFFF), 0, 0, 0});
@@ -86,8 +78,8 @@ FontTables WithProp(Values properties, uint16_t defaultProperty = 0) {
 
 TEST(Prop, OnlyFieldsThatChangedPrintAndGlyphsOnlyOneFontHasAreListedWithTheirOwnFontsNames) {
     // Without -p the bracketing glyph's line is left open; glyph 0 with an offset of -1 is bracketed by 65535.
-    // Glyph 3 changes only reserved bits; glyph 4 is the modified font's alone.
-    FontTables modified = WithProp({0x0F01, 1, 0x9082, 0x0071, 1}), original = WithProp({1, 1, 1, 1});
+    // Glyph 3 changes only reserved bits; glyph 4, the modified font's alone, has the most negative offset.
+    FontTables modified = WithProp({0x0F01, 1, 0x9082, 0x0071, 0x0801}), original = WithProp({1, 1, 1, 1});
     modified["maxp"] = MakeMaxp(5);
     modified["post"] = MakePost({".notdef", "space", "A", "Bee", "C"});
     EXPECT_EQ(CompareDeltas(modified, original, "prop"),
@@ -101,7 +93,7 @@ TEST(Prop, OnlyFieldsThatChangedPrintAndGlyphsOnlyOneFontHasAreListedWithTheirOw
               "\tGlyph:\t3\n\t\tName (mod ):\tBee\n\t\tName (orig ):\tB\n\t\tProperties (mod vs. orig):\t\n"
               "\n\n\tValues for added glyphs:\n\tGlyph:\t4\n\t\tName (mod ):\tC\n\t\tOffset:\t\n"
               "\t\t\tisFloater:\tFALSE\n\t\t\tisLeftTopHanger:\tFALSE\n\t\t\tisRightBottomHanger:\tFALSE\n"
-              "\t\t\tuseRLBracketingGlyph:\tFALSE\n\t\t\tRLBracketingGlyphOffset:\t0\n"
+              "\t\t\tuseRLBracketingGlyph:\tFALSE\n\t\t\tRLBracketingGlyphOffset:\t-8\n\t\t\tRLBracketingGlyph:\t65532"
               "\t\t\tglyphConnectsOnRight:\tFALSE\n\t\t\tdirectionClass:\t1\n");
     EXPECT_THAT(CompareDeltas(original, modified, "prop"),
                 HasSubstr("\n\n\tValues for deleted glyphs:\n\tGlyph:\t4\n\t\tName (orig ):\tC\n\t\tOffset:\t\n"));

@@ -49,6 +49,7 @@ int32_t TTableComparator::DumpTableContents() {
         result = DumpTableDeltas();
     else
         PrintLine("                   No changes", false);
+    CloseAccountBudget();
     PrintLine("\n#####\n End table comparison\n\n", true);
     return result;
 }
@@ -82,6 +83,7 @@ int32_t TTableComparator::DumpTableDeltas() {
         if (block.size() >= kDeltaBlockChars) {
             WriteRaw(block);
             block.clear();
+            if (OutputExhausted()) return 0;
         }
     }
     WriteRaw(block);

@@ -53,6 +53,9 @@ public:
     void PrintGlyphNameLines(const std::optional<std::string>& modified, const std::optional<std::string>& original,
                              std::string_view modifiedLabel, std::string_view originalLabel);
 
+protected:
+    uint64_t AccountedTableBytes() const override { return GetTableSize() + GetOriginalTableView().size(); }
+
 private:
     VellHandle fOriginalTable;
     VellFontRef fOriginalFont = nullptr;

@@ -17,6 +17,8 @@ constexpr char kHexDigits[] = "0123456789ABCDEF";
 constexpr size_t kHexDumpRowBytes = 16;
 // A hex dump row is at most this long: offset, bytes, character column, line end.
 constexpr size_t kHexDumpRowChars = 11 + 3 * kHexDumpRowBytes + 3 + kHexDumpRowBytes + 1;
+// What an account holds back from its budget for its cut line and its footers.
+constexpr uint64_t kAccountClosingBytes = 512;
 
 // The colours of --color: the modified value of a changed-value pair, the
 // original value, and a row of a hex difference whose bytes differ.
@@ -172,10 +174,12 @@ TTableDumper::~TTableDumper() {
 
 int32_t TTableDumper::DumpTable() {
     if (!fTable || fOutput == nullptr) return 0;
+    OpenAccountBudget();
     PrintLine("##### Table '", false);
     PrintLine(VellTagText(fTag), false);
     PrintLine(VellFormat("' (%ld bytes in the modified font)", static_cast<long>(GetTableSize())), true);
     int32_t result = DumpTableContents();
+    CloseAccountBudget();
     PrintLine("\n#####\n End table\n\n", true);
     FlushPendingLine();
     return result;
@@ -193,7 +197,7 @@ uint32_t TTableDumper::GetGlyphUnicode(uint32_t) { return 0xFFFF; }
 int32_t TTableDumper::DumpTableContents() {
     if (!fTable || fOutput == nullptr) return 1;
     VellView table = GetTableView();
-    for (size_t offset = 0; offset < table.size(); offset += kHexDumpRowBytes) {
+    for (size_t offset = 0; offset < table.size() && !OutputExhausted(); offset += kHexDumpRowBytes) {
         size_t count = std::min(kHexDumpRowBytes, table.size() - offset);
         char row[kHexDumpRowChars];
         char* at = PutHexOffset(row, offset);
@@ -204,10 +208,47 @@ int32_t TTableDumper::DumpTableContents() {
     return 0;
 }
 
+// ---- The account's budget ----
+
+void TTableDumper::OpenAccountBudget() {
+    uint64_t budget = std::max(kAccountFloorBytes, kAccountBytesPerTableByte * AccountedTableBytes());
+    fAccountLimit = budget - kAccountClosingBytes;
+    fAccountBytes = 0;
+    fAccountCut = false;
+}
+
+void TTableDumper::CloseAccountBudget() {
+    fAccountLimit = UINT64_MAX;
+    fAccountCut = false;
+}
+
+void TTableDumper::CutAccount(std::string_view bytes) {
+    // Only whole lines go out before the cut, so that no value is shown half printed.
+    std::string_view fitting = bytes.substr(0, static_cast<size_t>(fAccountLimit - fAccountBytes));
+    size_t lastLineEnd = fitting.rfind('\n');
+    if (lastLineEnd != std::string_view::npos) {
+        fAccountBytes += lastLineEnd + 1;
+        Emit(fitting.substr(0, lastLineEnd + 1));
+    }
+    std::string cut = fAtLineStart ? "" : "\n";
+    cut += "##### The account of '" + VellTagText(fTag) + "' was cut at " + std::to_string(fAccountBytes) +
+           " bytes: an account prints at most " + std::to_string(kAccountBytesPerTableByte) +
+           " times the size of the tables it shows, or 16 MB when that is more (a damaged table?)\n";
+    Emit(cut);
+    fAccountCut = true;
+}
+
 // ---- Lines ----
 
 void TTableDumper::WriteRaw(std::string_view bytes) {
-    if (fOutput == nullptr || bytes.empty()) return;
+    if (fOutput == nullptr || bytes.empty() || fAccountCut) return;
+    if (bytes.size() > fAccountLimit - fAccountBytes) return CutAccount(bytes);
+    fAccountBytes += bytes.size();
+    Emit(bytes);
+}
+
+void TTableDumper::Emit(std::string_view bytes) {
+    fAtLineStart = bytes.back() == '\n';
     if (gColorReport) return WriteColoredLines(bytes);
 #if defined(__GLIBC__)
     // One thread writes the report: the stream's lock is no use.
@@ -248,6 +289,7 @@ void TTableDumper::BeginLine(int indent) { fLine.assign(static_cast<size_t>(std:
 // Text is written as it stands but for "%%", which prints "%": reports have always
 // passed their text through printf as its format.
 void TTableDumper::AppendText(std::string_view text) {
+    if (fAccountCut) return;
     for (size_t percent = text.find("%%"); percent != std::string_view::npos; percent = text.find("%%")) {
         fLine.append(text.substr(0, percent + 1));
         text.remove_prefix(percent + 2);
@@ -287,6 +329,8 @@ void TTableDumper::PrintWithComment(std::string_view text, int32_t number) {
 
 void TTableDumper::PrintUnicodeValue(int indent, const char* label, uint32_t value, bool unicode,
                                      bool lineEnd) {
+    // Names are looked up for nothing once the account is cut.
+    if (fAccountCut) return;
     BeginLine(indent);
     if (label != nullptr) AppendLabel(label);
     fLine.append(unicode ? "U+" : "0x");
@@ -353,6 +397,7 @@ void TTableDumper::PrintGlyphValue(int indent, std::string_view label, uint32_t 
 
 void TTableDumper::PrintGlyphField(int indent, const char* label, uint32_t glyph, bool unicode,
                                    bool lineEnd) {
+    if (fAccountCut) return;
     if (fFont == nullptr) {
         // As a plain number; a null label reads as the C library writes one.
         PrintInt32Field(indent, label != nullptr ? label : "(null)", static_cast<int32_t>(glyph), false, true);
@@ -457,6 +502,7 @@ void TTableDumper::PrintIndexedStringField(int indent, std::string_view label, i
 }
 
 void TTableDumper::PrintFontNameField(int indent, std::string_view label, uint16_t nameID) {
+    if (fAccountCut) return;
     BeginLine(indent);
     AppendLabel(label);
     fLine.append(NumToString(nameID));

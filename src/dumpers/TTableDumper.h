@@ -1,6 +1,9 @@
 // TTableDumper: one table of one font, and the whole vocabulary of the report.
 // Every line any handler prints goes through the print operations here, so the
-// report's line formats live in this class alone.
+// report's line formats live in this class alone, and so does the budget that
+// bounds one table's account: a damaged table can claim far more than its bytes
+// hold (65,535 'name' records sharing one 64 KB string), and its account stops
+// at the budget with one line saying so.
 #pragma once
 
 #include <algorithm>
@@ -37,6 +40,16 @@ public:
     virtual uint32_t GetGlyphUnicode(uint32_t glyph);
     // The table body; here, a hex dump.
     virtual int32_t DumpTableContents();
+
+    // ---- The account's budget ----
+    // An account, from its "##### Table" header to its footer, prints at most the
+    // larger of kAccountFloorBytes and kAccountBytesPerTableByte times the size of
+    // the tables it shows; at the budget it ends with one line saying so, and
+    // every print operation after it prints nothing. A loop that prints much per
+    // table byte asks here, so that it stops once nothing more can be printed.
+    static constexpr uint64_t kAccountFloorBytes = uint64_t{16} << 20;
+    static constexpr uint64_t kAccountBytesPerTableByte = 64;
+    bool OutputExhausted() const { return fAccountCut; }
 
     // ---- Lines ----
     // Writes text as it stands, but for "%%", which prints "%" (the text is never
@@ -94,6 +107,12 @@ public:
     uint32_t GetHandleSize(const VellHandle& handle);
 
 protected:
+    // The bytes of the tables the account shows: here, the one table.
+    virtual uint64_t AccountedTableBytes() const { return GetTableSize(); }
+    // The footers are printed outside the budget, so that a cut account still
+    // closes as every other does.
+    void CloseAccountBudget();
+
     // Writes bytes with no "%%" folding: pieces of the hex listings, which the
     // report prints one at a time, so two '%' bytes stay two.
     void WriteRaw(std::string_view bytes);
@@ -113,6 +132,10 @@ private:
     // colour of what they show; FlushPendingLine writes a line left open as it is.
     void WriteColoredLines(std::string_view bytes);
     void FlushPendingLine();
+    void Emit(std::string_view bytes);
+    void OpenAccountBudget();
+    // Writes the whole lines of `bytes` that fit in the budget, then the cut line.
+    void CutAccount(std::string_view bytes);
 
     VellHandle fTable;
     FILE* fOutput;
@@ -122,6 +145,10 @@ private:
     VellTag fTag = 0x20202020;
     std::string fPendingLine;
     std::string fLine;
+    uint64_t fAccountLimit = UINT64_MAX;  // what the account may print before its cut line and footers
+    uint64_t fAccountBytes = 0;
+    bool fAccountCut = false;
+    bool fAtLineStart = true;
 };
 
 // The printable form of a byte in a hex listing's character column: itself, or

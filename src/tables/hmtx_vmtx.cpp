@@ -125,8 +125,9 @@ int32_t THMTXTableComparator::DumpTableDeltas() {
         LongMetric original = FontMetrics(GetOriginalFont(), glyph);
         if (modified == original) continue;
         PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
-        PrintGlyphNameLines(GetModifiedContext()->GlyphName(glyph), GetOriginalContext()->GlyphName(glyph),
-                            ModLabel("Name"), OrigLabel("Name"));
+        PrintGlyphNameLines(PostScriptGlyphName(fModified.post, fModified.glyphCount, glyph),
+                            PostScriptGlyphName(fOriginal.post, fOriginal.glyphCount, glyph), "Name (mod )",
+                            "Name (orig)");
         if (modified.advance != original.advance) {
             PrintUInt16Field(2, ModLabel("Advance width"), modified.advance, false);
             PrintUInt16Field(2, OrigLabel("Advance width"), original.advance, false);
@@ -155,7 +156,7 @@ void TVMTXTableComparator::PrintGlyphHeading(uint32_t glyph) {
     // Names come from whichever 'post' each font has, with no glyph-count check,
     // and the modified one is labelled "(new)" in 'vmtx' reports.
     PrintGlyphNameLines(PostScriptGlyphName(fModified.post, kAnyGlyph, glyph),
-                        PostScriptGlyphName(fOriginal.post, kAnyGlyph, glyph), "Name (new)", OrigLabel("Name"));
+                        PostScriptGlyphName(fOriginal.post, kAnyGlyph, glyph), "Name (new)", "Name (orig)");
 }
 
 namespace {

@@ -59,8 +59,8 @@ void TLOCATableComparator::PrintGlyphHeading(uint32_t glyph) {
         if (glyph >= font.GlyphCount()) return std::nullopt;
         return font.GlyphName(glyph);
     };
-    PrintGlyphNameLines(name(*GetModifiedContext()), name(*GetOriginalContext()), ModLabel("Name"),
-                        OrigLabel("Name"));
+    PrintGlyphNameLines(name(*GetModifiedContext()), name(*GetOriginalContext()), "Name (mod )",
+                        "Name (orig)");
 }
 
 int32_t TLOCATableComparator::DumpTableContents() {

@@ -198,7 +198,7 @@ void PrintName(TTableDumper& dumper, const NameTable& table, VellView record, Si
 template <typename HasCounterpart>
 void ListUnpairedNames(TTableDumper& dumper, const NameTable& listed, Side side, const char* label,
                        HasCounterpart hasCounterpart) {
-    for (size_t index = 0; index < listed.count(); ++index) {
+    for (size_t index = 0; index < listed.count() && !dumper.OutputExhausted(); ++index) {
         VellView record = listed.Record(index);
         if (hasCounterpart(record)) continue;
         dumper.PrintInt32Field(1, label, static_cast<int32_t>(index), false, true);
@@ -212,7 +212,7 @@ void ListUnpairedNames(TTableDumper& dumper, const NameTable& listed, Side side,
 int32_t TNAMETableDumper::DumpTableContents() {
     if (!GetTableHandle() || GetOutputFile() == nullptr) return 1;
     NameTable table(GetTableView());
-    for (size_t index = 0; index < table.count(); ++index) {
+    for (size_t index = 0; index < table.count() && !OutputExhausted(); ++index) {
         VellView record = table.Record(index);
         PrintInt32Field(1, "Name", static_cast<int32_t>(index), false, true);
         for (const IdentifierRow& row : {kPlatformRow, kEncodingRow, kLanguageRow})
@@ -254,7 +254,7 @@ void TNAMETableComparator::ReportChangedNames() {
     NameTable modified(GetTableView()), original(GetOriginalTableView());
     NameIndex modifiedIndex(modified);
     PrintLine("\t### Changed names ### \n", false);
-    for (size_t index = 0; index < original.count(); ++index) {
+    for (size_t index = 0; index < original.count() && !OutputExhausted(); ++index) {
         VellView record = original.Record(index);
         std::optional<size_t> match = modifiedIndex.FirstChanged(Identifiers(record), original.Signature(record));
         if (!match) continue;

@@ -19,6 +19,7 @@ public:
     TableWriter& Tag(const char* tag);
     TableWriter& Zeros(size_t count);
     TableWriter& Text(const std::string& text);
+    TableWriter& Append(const Bytes& bytes);
     const Bytes& bytes() const { return fBytes; }
     operator Bytes() const { return fBytes; }
 
@@ -37,6 +38,7 @@ struct FontTables {
     void Remove(const std::string& tag);
 };
 
+Bytes Joined(Bytes head, const Bytes& tail);
 Bytes BuildSfnt(const FontTables& font);
 Bytes BuildCollection(const std::vector<FontTables>& fonts);
 Bytes BuildResourceFork(const std::vector<FontTables>& fonts);
@@ -63,6 +65,63 @@ Bytes Utf16BE(const std::string& ascii);
 // A small font named fullName: 'head', 'hhea', 'maxp', 'OS/2', 'hmtx', 'post',
 // 'name' with four glyphs (.notdef, space, A, B).
 FontTables SampleFont(const std::string& fullName = "Sample Regular", const std::string& version = "Version 1.000");
+// SampleFont with these glyphs and their 'loca'; short offsets pad each glyph to
+// an even length.
+FontTables GlyphFont(const std::vector<Bytes>& glyphs, bool longLoca = false);
+
+// ---- Tables of the other handled kinds, as their handler tests build them ----
+// An 'EBSC' stating `count` sizes, then `records` size records of bytes 0xE4 to 0xFF (signed fields negative).
+Bytes MakeEbsc(uint32_t count, size_t records);
+// A strike of one index subtable: ppemX, the glyphs it covers, its header, then the 32-bit words after it.
+struct Strike {
+    uint8_t ppem; uint16_t first, last, indexFormat, imageFormat; uint32_t imageData; std::vector<uint32_t> body;
+};
+// A 'bloc': the strike records, then each strike's one-entry index subtable array and its subtable.
+Bytes MakeBloc(const std::vector<Strike>& strikes);
+struct Feature { uint16_t type, flags, name; std::vector<std::pair<uint16_t, uint16_t>> settings; };  // (setting, name)
+// A 'feat' table: the records, then each record's settings in record order.
+Bytes MakeFeat(const std::vector<Feature>& features);
+// A 'gvar' header with the given flags and glyph count, then the words after it.
+Bytes MakeGvar(uint16_t flags, const std::vector<uint16_t>& words, uint16_t glyphs = 2);
+using DeviceRecord = std::vector<uint8_t>;  // pixel size, maximum width, then the glyph widths
+// An 'hdmx' of records of `size` bytes each.
+Bytes MakeHdmx(const std::vector<DeviceRecord>& records, uint16_t version = 0, uint32_t size = 8);
+enum MetamorphosisFormat { kMort, kMorx };
+// Two chains; the second holds a ligature subtable whose state table has five
+// classes (glyphs 3 to 5 in classes 4, 4, 1 in 'mort', all 4 in 'morx') and two states.
+Bytes MakeMetamorphosis(MetamorphosisFormat format);
+// A 'prop' whose format says whether the lookup (given in 16-bit words) is used.
+Bytes MakeProp(uint16_t format, uint16_t defaultProperty, const std::vector<uint16_t>& lookup = {});
+
+// ---- Layout tables ----
+// A 'GDEF' 1.2: glyph 2 Base, 3 Mark, a caret at 300 on glyph 2, a mark glyph set {2, 3}.
+Bytes MakeGdef();
+struct TestLookup {
+    uint16_t type;
+    std::vector<Bytes> subtables;
+    uint16_t flag = 0;
+};
+Bytes Coverage(const std::vector<uint16_t>& glyphs);
+// ClassDef format 1 from glyph `start` on.
+Bytes ClassDef(uint16_t start, const std::vector<uint16_t>& classes);
+// A 'GSUB' or 'GPOS' with script 'latn' whose default language system lists every
+// feature, in order.
+Bytes LayoutTable(const std::vector<std::pair<std::string, std::vector<uint16_t>>>& features,
+                  const std::vector<TestLookup>& lookups);
+// PairPos format 1 with X advance values: (first, [(second, value)]).
+Bytes PairPos1(const std::vector<std::pair<uint16_t, std::vector<std::pair<uint16_t, int16_t>>>>& sets);
+// PairPos format 2 with X advance values: rows[class1][class2].
+Bytes PairPos2(const std::vector<uint16_t>& covered, const Bytes& classDef1, const Bytes& classDef2,
+               const std::vector<std::vector<int16_t>>& rows);
+// SingleSubst format 2.
+Bytes SingleSubst(const std::vector<uint16_t>& from, const std::vector<uint16_t>& to);
+// LigatureSubst with one ligature set of one ligature: components -> ligature.
+Bytes LigatureSubst(const std::vector<uint16_t>& components, uint16_t ligature);
+
+// SampleFont with one table of every tag the handler table has a row for, in
+// directory order: the font the damaged-font rounds break table by table and a
+// seed for the fuzzers. A new handler adds its table here.
+FontTables EveryTableFont();
 
 // ---- Files and processes ----
 class TempDir {

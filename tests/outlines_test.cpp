@@ -2,6 +2,7 @@
 // tests/fonts/make_outline_fonts.py builds, 'glyf' on glyphs encoded here, and
 // the CFF structures read on their own.
 #include <gtest/gtest.h>
+#include <woff2/encode.h>
 
 #include <algorithm>
 
@@ -18,15 +19,19 @@ struct OpenTypeForTest {
     ~OpenTypeForTest() { gOpenType = 0; }
 };
 
-FontTables FontFile(const std::string& name) {
-    std::string file = ReadFile(std::string(VELLCMP_SOURCE_DIR "/tests/fonts/") + name);
-    LoadedFont loaded(Bytes(file.begin(), file.end()), false);
+FontTables FontTablesOf(const Bytes& file) {
+    LoadedFont loaded(file, false);
     FontTables tables;
     for (const VellTableEntry& entry : loaded.font()->tables) {
         VellView bytes = loaded.font()->data.sub(entry.offset, entry.length);
         tables[VellTagText(entry.tag)] = Bytes(bytes.data(), bytes.data() + bytes.size());
     }
     return tables;
+}
+
+FontTables FontFile(const std::string& name) {
+    std::string file = ReadFile(std::string(VELLCMP_SOURCE_DIR "/tests/fonts/") + name);
+    return FontTablesOf(Bytes(file.begin(), file.end()));
 }
 
 struct PairCase {
@@ -284,6 +289,21 @@ TEST(Outlines, TrueTypeGlyphs) {
          "\t\tComponent 0 (orig):\tglyph 1, offset 10 0\n"},
     };
     for (const Case& c : kCases) EXPECT_EQ(CompareDeltas(c.modified, GlyfSample(true), "glyf"), c.deltas) << c.what;
+}
+
+// A WOFF2 round trip re-encodes every glyph's flags and coordinates: nothing to report.
+TEST(Outlines, WebFontRoundTrip) {
+    OpenTypeForTest openType;
+    std::string font = ReadFile(VELLCMP_SOURCE_DIR "/tests/fonts/DejaVuSans-subset.ttf");
+    size_t length = woff2::MaxWOFF2CompressedSize(reinterpret_cast<const uint8_t*>(font.data()), font.size());
+    Bytes woff2(length);
+    ASSERT_TRUE(woff2::ConvertTTFToWOFF2(reinterpret_cast<const uint8_t*>(font.data()), font.size(), woff2.data(),
+                                         &length));
+    woff2.resize(length);
+    FontTables original = FontFile("DejaVuSans-subset.ttf"), modified = FontTablesOf(woff2);
+    ASSERT_NE(modified["glyf"], original["glyf"]);
+    EXPECT_EQ(CompareDeltas(modified, original, "glyf"),
+              "\tNo glyph differs: the tables differ only in how their glyphs are encoded\n");
 }
 
 // Glyphs are paired by name when both fonts name every glyph: a glyph inserted

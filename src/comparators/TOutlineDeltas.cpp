@@ -165,7 +165,7 @@ bool PrintOutlineDeltas(TTableDumper& out, int indent, const VellOutline& modifi
 }
 
 void PrintOutline(TTableDumper& out, int indent, const VellOutline& outline) {
-    for (size_t c = 0; c < outline.ContourCount(); ++c) out.PrintStringField(indent, Label("Contour", c), PathText(outline, c, SIZE_MAX));
+    for (size_t c = 0; c < outline.ContourCount(); ++c) out.PrintStringField(indent, Label("Contour", c), PathText(outline, c, kListedContourPoints));
 }
 
 void PrintGlyphLine(TTableDumper& out, int indent, const char* label, uint32_t glyph) {

@@ -46,5 +46,7 @@ bool PrintOutlineDeltas(TTableDumper& out, int indent, const VellOutline& modifi
 // A glyph number on a line of its own, with its name under -p.
 void PrintGlyphLine(TTableDumper& out, int indent, const char* label, uint32_t glyph);
 
-// Every contour of an outline as path text, whole, numbered.
+// Every contour of an outline as path text, numbered; a contour is cut only past
+// kListedContourPoints points, which no real glyph reaches.
+inline constexpr size_t kListedContourPoints = 4096;
 void PrintOutline(TTableDumper& out, int indent, const VellOutline& outline);

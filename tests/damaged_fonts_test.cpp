@@ -26,17 +26,6 @@ constexpr int kVariantsPerTableAndDamage = 25;
 // One variant in this many also runs through the tools as a process.
 constexpr int kProcessEvery = 40;
 
-FontTables FontFile(const char* name) {
-    std::string file = ReadFile(std::string(VELLCMP_SOURCE_DIR "/tests/fonts/") + name);
-    LoadedFont loaded(Bytes(file.begin(), file.end()), false);
-    FontTables tables;
-    for (const VellTableEntry& entry : loaded.font()->tables) {
-        VellView bytes = loaded.font()->data.sub(entry.offset, entry.length);
-        tables[VellTagText(entry.tag)] = Bytes(bytes.data(), bytes.data() + bytes.size());
-    }
-    return tables;
-}
-
 enum class Damage { kFlip, kCut, kSplice };
 
 // One damage to one table: a few bytes flipped, the table cut short, or a run of
@@ -141,7 +130,7 @@ void DamageEveryTable(const FontTables& original, uint32_t seed, const std::vect
     }
 }
 
-TEST(DamagedFonts, EveryTableOfARealFont) { DamageEveryTable(FontFile("DejaVuSans-subset.ttf"), 20261123); }
+TEST(DamagedFonts, EveryTableOfARealFont) { DamageEveryTable(TestFontTables("DejaVuSans-subset.ttf"), 20261123); }
 
 TEST(DamagedFonts, EveryTableOfAFontWithEveryHandledKind) {
     const FontTables font = EveryTableFont();
@@ -159,9 +148,9 @@ TEST(DamagedFonts, OutlineTablesUnderOpenType) {
         OpenTypeRound() { gOpenType = 1; }
         ~OpenTypeRound() { gOpenType = 0; }
     } openType;
-    DamageEveryTable(FontFile("cff-original.otf"), 2111, {"CFF ", "hmtx", "maxp"});
-    DamageEveryTable(FontFile("cff2-original.otf"), 2112, {"CFF2", "fvar", "hmtx", "hhea"});
-    DamageEveryTable(FontFile("DejaVuSans-subset.ttf"), 2113, {"glyf", "loca"});
+    DamageEveryTable(TestFontTables("cff-original.otf"), 2111, {"CFF ", "hmtx", "maxp"});
+    DamageEveryTable(TestFontTables("cff2-original.otf"), 2112, {"CFF2", "fvar", "hmtx", "hhea"});
+    DamageEveryTable(TestFontTables("DejaVuSans-subset.ttf"), 2113, {"glyf", "loca"});
 }
 
 // The layout accounts exist only under --opentype.
@@ -170,7 +159,7 @@ TEST(DamagedFonts, LayoutTablesUnderOpenType) {
         OpenTypeRound() { gOpenType = 1; }
         ~OpenTypeRound() { gOpenType = 0; }
     } openType;
-    DamageEveryTable(FontFile("DejaVuSans-subset.ttf"), 20261124);
+    DamageEveryTable(TestFontTables("DejaVuSans-subset.ttf"), 20261124);
     DamageEveryTable(EveryTableFont(), 1124);
 }
 

@@ -8,6 +8,7 @@
 
 #include "VellCmpErrors.h"
 #include "comparators/TOutlineDeltas.h"
+#include "dumpers/TFontContext.h"
 #include "framework/VellCFF.h"
 #include "framework/VellOutlines.h"
 #include "support/Harness.h"
@@ -424,6 +425,49 @@ TEST(Outlines, CFFGlyphNamesAndDicts) {
     EXPECT_EQ(parsed.top.Number(13), 108);
     EXPECT_EQ(parsed.top.Number(VellCFFEscaped(3)), -100);
     EXPECT_EQ(parsed.top.Number(VellCFFEscaped(4)), -2.5);
+}
+
+// Where 'post' names no glyph, the accounts of --opentype name glyphs from the
+// 'CFF ' charset (CIDs for a CID-keyed font); the classic report never does, and a
+// 'post' that names glyphs keeps naming them.
+TEST(Outlines, CharsetNamesGlyphsWherePostNamesNone) {
+    struct Case {
+        const char* font;
+        bool openType;
+        uint32_t glyph;
+        const char* name;
+        size_t charsetNames;
+    };
+    const Case kCases[] = {
+        {"cff-original.otf", true, 1, "A", 4},
+        {"cff-original.otf", false, 1, "", 4},
+        {"cid-original.otf", true, 0, ".notdef", 7},
+        {"cid-original.otf", true, 2, "cid13185", 7},
+        {"DejaVuSans-subset.ttf", true, 1, "space", 0},
+    };
+    for (const Case& c : kCases) {
+        gOpenType = c.openType;
+        LoadedFont loaded(TestFontTables(c.font));
+        TFontContext context(loaded.font());
+        EXPECT_EQ(context.GlyphName(c.glyph), c.name) << c.font << " " << c.glyph;
+        EXPECT_EQ(context.CharsetGlyphNames().size(), c.charsetNames) << c.font;
+    }
+    gOpenType = 0;
+    // A charset of more glyphs than the font numbers names none: it is not the font's.
+    FontTables font = TestFontTables("cff-original.otf");
+    font["maxp"] = MakeMaxp(3);
+    LoadedFont shorter(font);
+    EXPECT_TRUE(TFontContext(shorter.font()).CharsetGlyphNames().empty());
+
+    // The layout accounts name and match glyphs by the charset.
+    OpenTypeForTest openType;
+    SwitchesForTest names(true, false);
+    FontTables modified = TestFontTables("cff-original.otf"), original = modified;
+    modified["GSUB"] = LayoutTable({{"smcp", {0}}}, {{1, {SingleSubst({1}, {3})}}});
+    original["GSUB"] = LayoutTable({{"smcp", {0}}}, {{1, {SingleSubst({1}, {2})}}});
+    std::string report = CompareDeltas(modified, original, "GSUB");
+    EXPECT_NE(report.find("1 (A)"), std::string::npos) << report;
+    EXPECT_NE(report.find("3 (C)"), std::string::npos) << report;
 }
 
 // A subroutine that calls itself ends the hint reading at the nesting cap, and the

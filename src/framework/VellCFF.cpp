@@ -437,7 +437,9 @@ bool VellCFFGlyphNames(const VellCFF& cff, std::vector<std::string>* names) {
     names->reserve(cff.charset.size());
     char cid[16];
     for (uint16_t id : cff.charset) {
-        if (cff.cidKeyed) {
+        if (cff.cidKeyed && names->empty()) {
+            names->emplace_back(".notdef");  // CID 0, as in a name-keyed font
+        } else if (cff.cidKeyed) {
             std::snprintf(cid, sizeof cid, "cid%05u", static_cast<unsigned>(id));
             names->emplace_back(cid);
         } else {

@@ -82,7 +82,8 @@ struct VellCFF {
 bool VellReadCFF(VellView table, bool cff2, VellCFF* cff, std::string* why);
 
 // Every glyph's name from the charset of a 'CFF ' table, in glyph order: the glyph
-// names of a name-keyed font, "cid" and the CID in five digits for a CID-keyed one.
+// names of a name-keyed font, "cid" and the CID in five digits for a CID-keyed one
+// (".notdef" for its glyph 0, as font tools name it).
 // False when the table cannot be read or has no charset.
 bool VellCFFGlyphNames(VellView cff, std::vector<std::string>* names);
 bool VellCFFGlyphNames(const VellCFF& cff, std::vector<std::string>* names);

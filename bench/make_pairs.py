@@ -7,7 +7,10 @@ edited, a CJK font with every advance width changed, a CJK font with every
 outline moved by one unit, a family's Regular against its Bold, a CJK font
 with PostScript outlines ('CFF ', CID-keyed) with three charstrings redrawn,
 and for the layout accounts of --opentype Liberation Sans with its kerning
-edited and a Noto Sans CJK face with edited 'GPOS' and 'GSUB'. Both fonts of a
+edited and a Noto Sans CJK face with edited 'GPOS' and 'GSUB'. For the outline
+accounts, pairs that must report no glyph or one: the CID-keyed face against
+its desubroutinized copy, DejaVu Sans against its WOFF2, and DejaVu Sans with
+one point of one glyph moved (not timed unless named). Both fonts of a
 pair are written by the same library, so that they differ only where the edit
 says.
 
@@ -196,6 +199,35 @@ def cjk_layout(directory):
     save(modified, directory, "cjk-layout-modified.otf")
 
 
+def cjk_desubroutinized(directory):
+    # The same face with every subroutine expanded into its charstrings: each
+    # charstring's bytes change, no outline does.
+    save(TTFont(NOTO_CJK, fontNumber=0), directory, "cjk-desubroutinized-original.otf")
+    modified = TTFont(NOTO_CJK, fontNumber=0)
+    modified["CFF "].cff.desubroutinize()
+    save(modified, directory, "cjk-desubroutinized-modified.otf")
+
+
+def dejavu_woff2(directory):
+    # DejaVu Sans as packaged against its WOFF2, whose 'glyf' transform stores
+    # every glyph's flags and coordinates anew.
+    shutil.copy(DEJAVU, os.path.join(directory, "dejavu-woff2-original.ttf"))
+    modified = TTFont(DEJAVU)
+    modified.flavor = "woff2"
+    save(modified, directory, "dejavu-woff2-modified.woff2")
+
+
+def moved_point(directory):
+    # One point of DejaVu Sans's "a" moved 12 units right. Bounds are kept as
+    # stored in both, so that no other glyph's record is written anew.
+    for name, shift in (("moved-point-original.ttf", 0), ("moved-point-modified.ttf", 12)):
+        font = TTFont(DEJAVU, recalcBBoxes=False)
+        glyph = font["glyf"]["a"]
+        x, y = glyph.coordinates[5]
+        glyph.coordinates[5] = (x + shift, y)
+        save(font, directory, name)
+
+
 PAIRS = {
     "cjk-collection": cjk_collection,
     "dejavu-edited": edited_latin,
@@ -205,6 +237,9 @@ PAIRS = {
     "cjk-cff": cjk_postscript,
     "kerning": kerning,
     "cjk-layout": cjk_layout,
+    "cjk-desubroutinized": cjk_desubroutinized,
+    "dejavu-woff2": dejavu_woff2,
+    "moved-point": moved_point,
 }
 
 

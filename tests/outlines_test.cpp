@@ -458,6 +458,17 @@ TEST(Outlines, CharsetNamesGlyphsWherePostNamesNone) {
     font["maxp"] = MakeMaxp(3);
     LoadedFont shorter(font);
     EXPECT_TRUE(TFontContext(shorter.font()).CharsetGlyphNames().empty());
+    // Nor does a font whose 'post' runs past the end of the file, and asking does not throw:
+    // the layout accounts ask while 'post' has its own account.
+    font = TestFontTables("cff-original.otf");
+    Bytes file = BuildSfnt(font);
+    size_t post = std::ranges::find(font.tables, std::string("post"), &decltype(font.tables)::value_type::first) -
+                  font.tables.begin();
+    SetU32(file, 12 + 16 * post + 12, 0x00FFFFFF);
+    LoadedFont pastTheEnd(file, false);
+    TFontContext context(pastTheEnd.font());
+    EXPECT_THROW(context.Post(), TVellCmpVellException);
+    EXPECT_TRUE(context.CharsetGlyphNames().empty());
 
     // The layout accounts name and match glyphs by the charset.
     OpenTypeForTest openType;

@@ -52,15 +52,16 @@ std::string TFontContext::GlyphName(uint32_t glyph) {
 const std::vector<std::string>& TFontContext::CharsetGlyphNames() {
     if (fCharsetNames) return *fCharsetNames;
     fCharsetNames.emplace();
-    // 'post' formats 1 and 2 name glyphs; 2.5 is deprecated and 3 names none.
-    uint32_t postVersion = VelmView(Post()).u32(0);
-    if (postVersion == 0x00010000 || postVersion == 0x00020000) return *fCharsetNames;
-    // A 'CFF ' the framework cannot read names nothing here; its own account says why.
+    // Read without throwing: a font whose 'post', 'maxp' or 'CFF ' the framework
+    // cannot read names nothing here, and the table's own account says why.
     ErrorRecord record;
+    uint32_t postVersion = VellFontTableView(fFont, VellMakeTag("post"), &record).u32(0);
+    uint32_t glyphCount = VellCountFontGlyphs(fFont, &record);
     VellView cff = VellFontTableView(fFont, VellMakeTag("CFF "), &record);
+    // 'post' formats 1 and 2 name glyphs; 2.5 is deprecated and 3 names none.
+    if (record.code != 0 || postVersion == 0x00010000 || postVersion == 0x00020000) return *fCharsetNames;
     std::vector<std::string> names;
-    if (record.code != 0 || !VellCFFGlyphNames(cff, &names) || names.size() != GlyphCount())
-        return *fCharsetNames;
+    if (!VellCFFGlyphNames(cff, &names) || names.size() != glyphCount) return *fCharsetNames;
     std::unordered_set<std::string_view> seen;
     for (const std::string& name : names)
         if (name.empty() || !seen.insert(name).second) return *fCharsetNames;

@@ -18,7 +18,7 @@ const std::vector<std::string>& CharsetNames(TFontContext* font) {
 // A glyph as the report writes it: its number, and with -p its name, "36 (A)".
 class GlyphWriter {
 public:
-    GlyphWriter(VellFontRef font, TFontContext* context) : fFont(font), fCharset(CharsetNames(context)) {}
+    GlyphWriter(VellFontRef font, TFontContext* context) : fFont(font), fContext(context) {}
     std::string operator()(uint16_t glyph) {
         std::string text = std::to_string(glyph);
         if (!gShowPostScriptNames) return text;
@@ -26,14 +26,17 @@ public:
         if (inserted) {
             int32_t status = VellGetGlyphName(fFont, glyph, &found->second);
             if (status != 0) found->second = VellFormat("### BAD GLYPH NAME (error %d) ###", status);
-            if (status == 0 && found->second.empty() && glyph < fCharset.size()) found->second = fCharset[glyph];
+            if (status == 0 && found->second.empty()) {
+                const std::vector<std::string>& charset = CharsetNames(fContext);
+                if (glyph < charset.size()) found->second = charset[glyph];
+            }
         }
         return text + " (" + found->second + ")";
     }
 
 private:
     VellFontRef fFont;
-    const std::vector<std::string>& fCharset;
+    TFontContext* fContext;
     std::unordered_map<uint16_t, std::string> fNames;
 };
 

@@ -165,4 +165,14 @@ TEST(DamagedFonts, LayoutTablesUnderOpenType) {
 
 TEST(DamagedFonts, EveryTableOfASmallBuiltFont) { DamageEveryTable(SampleFont(), 2026); }
 
+// The variable tables' accounts ('fvar', 'avar', 'STAT', 'HVAR', 'MVAR', the 'gvar'
+// comparator) exist only under --opentype.
+TEST(DamagedFonts, EveryTableOfAVariableFontUnderOpenType) {
+    struct OpenTypeRound {
+        OpenTypeRound() { gOpenType = 1; }
+        ~OpenTypeRound() { gOpenType = 0; }
+    } openType;
+    DamageEveryTable(TestFontTables("variable.ttf"), 2111);
+}
+
 }  // namespace

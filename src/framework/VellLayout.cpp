@@ -499,9 +499,9 @@ std::vector<RuleSection> RuleSections(const LayoutHeader& header) {
             for (const LangSys& langSys : header.langSystems) {
                 std::vector<uint16_t> indices = langSys.features;
                 if (langSys.requiredFeature != 0xFFFF) indices.push_back(langSys.requiredFeature);
-                uint32_t featureTag = tag;  // a structured binding no lambda may capture before clang 16
-                bool uses = std::any_of(indices.begin(), indices.end(), [&](uint16_t index) {
-                    return index < header.features.size() && header.features[index].tag == featureTag &&
+                // A structured binding is captured by copy: clang 14 captures none by reference.
+                bool uses = std::any_of(indices.begin(), indices.end(), [&, tag = tag](uint16_t index) {
+                    return index < header.features.size() && header.features[index].tag == tag &&
                            header.features[index].lookups == lookups;
                 });
                 if (!uses) continue;
@@ -1506,153 +1506,29 @@ VellLayoutDelta VellCompareLayoutRules(const VellLayoutRuleList* modified, const
     return delta;
 }
 
-namespace {
-
-// One INDEX of a 'CFF ' table: its count and where its objects lie. An INDEX of no
-// objects is the count alone.
-struct CFFIndex {
-    size_t count = 0, offSize = 0, offsets = 0, data = 0, end = 0;
-};
-
-// The 1-based offset of object i (i == count: the end of the last object).
-size_t CFFOffset(VellView cff, const CFFIndex& index, size_t i) {
-    size_t where = index.offsets + i * index.offSize, value = 0;
-    for (size_t b = 0; b < index.offSize && b < 4; ++b) value = value << 8 | cff.u8(where + b);
-    return value;
-}
-
-CFFIndex ReadCFFIndex(VellView cff, size_t offset) {
-    CFFIndex index;
-    index.count = cff.u16(offset);
-    index.end = offset + 2;
-    if (index.count == 0) return index;
-    index.offSize = cff.u8(offset + 2);
-    index.offsets = offset + 3;
-    index.data = index.offsets + (index.count + 1) * index.offSize - 1;
-    index.end = index.data + CFFOffset(cff, index, index.count);
-    return index;
-}
-
-// The integer operands of the Top DICT operators that lead to glyph names:
-// charset (15), CharStrings (17) and ROS (12 30), which makes the font CID-keyed.
-struct CFFTopDict {
-    size_t charset = 0, charStrings = 0;
-    bool cidKeyed = false;
-};
-
-CFFTopDict ReadCFFTopDict(VellView dict) {
-    CFFTopDict top;
-    int64_t last = 0;
-    for (size_t i = 0; i < dict.size();) {
-        uint8_t b0 = dict.u8(i);
-        if (b0 == 28) {
-            last = dict.s16(i + 1), i += 3;
-        } else if (b0 == 29) {
-            last = dict.s32(i + 1), i += 5;
-        } else if (b0 == 30) {
-            // A real number's nibbles run to the one that is 0xF.
-            for (++i; i < dict.size() && (dict.u8(i) & 0x0F) != 0x0F && (dict.u8(i) >> 4) != 0x0F;) ++i;
-            ++i;
-        } else if (b0 >= 32 && b0 <= 246) {
-            last = b0 - 139, ++i;
-        } else if (b0 >= 247 && b0 <= 250) {
-            last = (b0 - 247) * 256 + dict.u8(i + 1) + 108, i += 2;
-        } else if (b0 >= 251 && b0 <= 254) {
-            last = -(b0 - 251) * 256 - dict.u8(i + 1) - 108, i += 2;
-        } else if (b0 == 12) {
-            if (dict.u8(i + 1) == 30) top.cidKeyed = true;
-            i += 2;
-        } else {
-            if (b0 == 15) top.charset = static_cast<size_t>(std::max<int64_t>(last, 0));
-            if (b0 == 17) top.charStrings = static_cast<size_t>(std::max<int64_t>(last, 0));
-            ++i;
-        }
-    }
-    return top;
-}
-
-// Every glyph's name from the charset of a 'CFF ' table: a name-keyed font's
-// String INDEX text, or "SID n" for one of the standard strings (the same in
-// every font, so two fonts' glyphs still match by it); "cid" and five digits in a
-// CID-keyed font. Empty when the table has no charset of its own (the predefined
-// ones name no glyph beyond the standard strings) or its glyphs cannot be counted.
-std::vector<std::string> CFFCharsetNames(VellView cff, uint32_t glyphCount) {
-    constexpr size_t kStandardStrings = 391;
+VellGlyphIdentity VellLayoutGlyphIdentity(std::vector<std::string> names, uint32_t glyphCount) {
+    // Glyph names are short (63 characters by convention); a far longer one comes
+    // from a damaged table.
     constexpr size_t kLongestGlyphName = 255;
-    CFFIndex names = ReadCFFIndex(cff, cff.u8(2));
-    CFFIndex topDicts = ReadCFFIndex(cff, names.end);
-    CFFIndex strings = ReadCFFIndex(cff, topDicts.end);
-    if (topDicts.count == 0) return {};
-    size_t topStart = topDicts.data + CFFOffset(cff, topDicts, 0);
-    size_t topEnd = topDicts.data + CFFOffset(cff, topDicts, 1);
-    if (topEnd < topStart) return {};
-    CFFTopDict top = ReadCFFTopDict(cff.sub(topStart, topEnd - topStart));
-    size_t glyphs = cff.u16(top.charStrings);
-    if (top.charset <= 2 || top.charStrings == 0 || glyphs != glyphCount) return {};
-
-    std::vector<uint16_t> sids{0};  // glyph 0 is .notdef
-    VellView charset = cff.sub(top.charset);
-    uint8_t format = charset.u8(0);
-    if (format == 0) {
-        size_t count = charset.records_that_fit(1, glyphs - 1, 2);
-        for (size_t i = 0; i < count; ++i) sids.push_back(charset.u16(1 + 2 * i));
-    } else if (format == 1 || format == 2) {
-        size_t rangeSize = format == 1 ? 3 : 4;
-        for (size_t at = 1; sids.size() < glyphs && charset.has(at, rangeSize); at += rangeSize) {
-            uint32_t first = charset.u16(at);
-            uint32_t left = format == 1 ? charset.u8(at + 2) : charset.u16(at + 2);
-            for (uint32_t sid = first; sid <= first + left && sids.size() < glyphs; ++sid)
-                sids.push_back(static_cast<uint16_t>(sid));
-        }
+    if (names.size() != glyphCount) return {};
+    std::unordered_set<std::string_view> seen;
+    for (const std::string& name : names) {
+        if (name.empty() || name.size() > kLongestGlyphName || !seen.insert(name).second) return {};
     }
-    if (sids.size() != glyphs) return {};
-
-    std::vector<std::string> text;
-    text.reserve(glyphs);
-    for (uint16_t sid : sids) {
-        if (top.cidKeyed) {
-            char cid[16];
-            std::snprintf(cid, sizeof cid, "cid%05u", static_cast<unsigned>(sid));
-            text.emplace_back(cid);
-        } else if (sid < kStandardStrings) {
-            text.push_back("SID " + Decimal(sid));
-        } else if (size_t i = sid - kStandardStrings; i < strings.count) {
-            size_t start = CFFOffset(cff, strings, i), end = CFFOffset(cff, strings, i + 1);
-            // Glyph names are short (63 characters by convention); a far longer one is
-            // a damaged String INDEX, which would otherwise copy much of the table
-            // once per glyph.
-            if (end < start || end - start > kLongestGlyphName) return {};
-            text.emplace_back(cff.chars(strings.data + start, end - start));
-        } else {
-            return {};
-        }
-    }
-    return text;
+    return {std::move(names)};
 }
-
-}  // namespace
 
 VellGlyphIdentity VellLayoutGlyphIdentity(VellFontRef font) {
-    VellGlyphIdentity identity;
     ErrorRecord record;
     uint32_t glyphCount = VellCountFontGlyphs(font, &record);
     VellView post = VellFontTableView(font, VellMakeTag("post"), &record);
-    if (record.code != 0) return identity;
+    if (record.code != 0 || post.u32(0) != 0x00020000 || post.u16(32) != glyphCount) return {};
     std::vector<std::string> names;
-    if (post.u32(0) == 0x00020000 && post.u16(32) == glyphCount) {
-        for (uint32_t glyph = 0; glyph < glyphCount; ++glyph) {
-            std::string name;
-            if (VellGetGlyphName(font, glyph, &name) != 0) return identity;
-            names.push_back(std::move(name));
-        }
-    } else {
-        // A 'CFF ' font whose 'post' names no glyph (format 3) names them in its charset.
-        names = CFFCharsetNames(VellFontTableView(font, VellMakeTag("CFF ")), glyphCount);
+    names.reserve(glyphCount);
+    for (uint32_t glyph = 0; glyph < glyphCount; ++glyph) {
+        std::string name;
+        if (VellGetGlyphName(font, glyph, &name) != 0) return {};
+        names.push_back(std::move(name));
     }
-    std::unordered_set<std::string_view> seen;
-    for (const std::string& name : names) {
-        if (name.empty() || !seen.insert(name).second) return identity;
-    }
-    identity.names = std::move(names);
-    return identity;
+    return VellLayoutGlyphIdentity(std::move(names), glyphCount);
 }

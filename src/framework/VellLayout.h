@@ -100,10 +100,12 @@ std::string VellLayoutRuleText(const VellLayoutRule& rule, const VellGlyphText& 
 struct VellGlyphIdentity {
     std::vector<std::string> names;
 };
-// The sources of glyph names for matching: a format 2 'post' that names every
-// glyph, or else the charset of 'CFF ' (glyph names, or CIDs in a CID-keyed font);
-// either must name each glyph once.
+// The glyph names of a format 2 'post' as an identity, when it names every glyph,
+// each name once.
 VellGlyphIdentity VellLayoutGlyphIdentity(VellFontRef font);
+// Names another table gives (the 'CFF ' charset's, where 'post' names no glyph) as
+// an identity, when they name each of glyphCount glyphs once.
+VellGlyphIdentity VellLayoutGlyphIdentity(std::vector<std::string> names, uint32_t glyphCount);
 
 // Two lists' rules matched by key: glyph names when both identities have them,
 // glyph numbers otherwise. Added and changed rules come in the modified list's

@@ -36,8 +36,8 @@ void PrintComponentFlagBits(TTableDumper& dumper, uint32_t flags) {
 }
 
 constexpr FieldRow kComponentRows[] = {
-    {0, FieldKind::UInt16Hex, "Flags", PrintComponentFlagBits},
-    {2, FieldKind::UInt16, "Glyph ID"},
+    {0, FieldKind::UInt16Hex, "Flags", "flags", PrintComponentFlagBits},
+    {2, FieldKind::UInt16, "Glyph ID", "glyphIndex"},
 };
 
 // How a glyph's points are listed: numbered coordinates in a comparison, or each

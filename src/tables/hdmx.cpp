@@ -22,8 +22,8 @@ constexpr FieldRow kDeviceRecordRows[] = {
     {0, FieldKind::UInt8, "Pixel size"},
     {1, FieldKind::UInt8, "Maximum width"},
 };
-constexpr FieldRow kVersionRow = {0, FieldKind::UInt16, "Version"};
-constexpr FieldRow kMaxWidthRow = {1, FieldKind::UInt8, "Max width"};
+constexpr FieldRow kVersionRow = {0, FieldKind::UInt16, "Version", "version"};
+constexpr FieldRow kMaxWidthRow = {1, FieldKind::UInt8, "Max width", "maxWidth"};
 
 // The device records of one 'hdmx'. They are reached by stepping the record size
 // the table states, never one computed from the glyph count, and there are only

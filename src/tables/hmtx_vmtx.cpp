@@ -124,19 +124,27 @@ int32_t THMTXTableComparator::DumpTableDeltas() {
         LongMetric modified = FontMetrics(GetModifiedFont(), glyph);
         LongMetric original = FontMetrics(GetOriginalFont(), glyph);
         if (modified == original) continue;
+        PathScope glyphStep(*this, glyph);
+        bool advance = modified.advance != original.advance &&
+                       ShowsChange("advanceWidth", FieldKind::UInt16, modified.advance, original.advance);
+        bool bearing = modified.sideBearing != original.sideBearing &&
+                       ShowsChange("lsb", FieldKind::Int16, static_cast<uint16_t>(modified.sideBearing),
+                                   static_cast<uint16_t>(original.sideBearing));
+        if (!advance && !bearing) continue;
         PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
         PrintGlyphNameLines(PostScriptGlyphName(fModified.post, fModified.glyphCount, glyph),
                             PostScriptGlyphName(fOriginal.post, fOriginal.glyphCount, glyph), "Name (mod )",
                             "Name (orig)");
-        if (modified.advance != original.advance) {
+        if (advance) {
             PrintUInt16Field(2, ModLabel("Advance width"), modified.advance, false);
             PrintUInt16Field(2, OrigLabel("Advance width"), original.advance, false);
         }
-        if (modified.sideBearing != original.sideBearing) {
+        if (bearing) {
             PrintInt16Field(2, ModLabel("Left-side bearing"), modified.sideBearing, false);
             PrintInt16Field(2, OrigLabel("Left-side bearing"), original.sideBearing, false);
         }
     }
+    ReportGlyphsOfOneFont();
     // Glyphs only the original font has are announced as new too, as reports
     // always have.
     auto asInt = [](uint32_t count) { return static_cast<int>(count); };
@@ -149,6 +157,28 @@ int32_t THMTXTableComparator::DumpTableDeltas() {
                              asInt(fOriginal.glyphCount) - 1),
                   true);
     return 0;
+}
+
+// The glyphs past the smaller font's count, each an entry added or deleted with
+// its metrics; the text names only their range.
+void THMTXTableComparator::ReportGlyphsOfOneFont() {
+    if (!WritesRecords() && !IsCountingPass()) return;
+    bool added = fModified.glyphCount > fOriginal.glyphCount;
+    VellFontRef font = added ? GetModifiedFont() : GetOriginalFont();
+    uint32_t first = std::min(fModified.glyphCount, fOriginal.glyphCount);
+    uint32_t end = std::max(fModified.glyphCount, fOriginal.glyphCount);
+    for (uint32_t glyph = first; glyph < end && !OutputExhausted(); ++glyph) {
+        LongMetric metric = FontMetrics(font, glyph);
+        ShowsDifference(added ? DifferenceKind::Added : DifferenceKind::Deleted, glyph, [&](JsonWriter& writer) {
+            writer.Key("value");
+            writer.StartObject();
+            writer.Key("advanceWidth");
+            writer.Uint(metric.advance);
+            writer.Key("lsb");
+            writer.Int(metric.sideBearing);
+            writer.EndObject();
+        });
+    }
 }
 
 void TVMTXTableComparator::PrintGlyphHeading(uint32_t glyph) {

@@ -239,7 +239,7 @@ constexpr FieldRow kMortChainRows[] = {
 };
 constexpr FieldRow kMortSubtableRows[] = {
     {0, FieldKind::UInt16Hex, "Length"},
-    {2, FieldKind::UInt16Hex, "Coverage", PrintMortSubtableType},
+    {2, FieldKind::UInt16Hex, "Coverage", "coverage", PrintMortSubtableType},
     {4, FieldKind::Int32Hex, "Flags"},
 };
 constexpr FieldRow kMorxChainRows[] = {
@@ -249,7 +249,7 @@ constexpr FieldRow kMorxChainRows[] = {
 };
 constexpr FieldRow kMorxSubtableRows[] = {
     {0, FieldKind::Int32Hex, "Length"},
-    {4, FieldKind::Int32Hex, "Coverage", PrintMorxCoverage},
+    {4, FieldKind::Int32Hex, "Coverage", "coverage", PrintMorxCoverage},
     {8, FieldKind::Int32Hex, "Flags"},
 };
 

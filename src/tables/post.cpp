@@ -14,15 +14,15 @@ namespace {
 // have always shown it that way. isFixedPitch compares all 32 bits, so 1 against
 // 2 is a change even though both print TRUE.
 constexpr FieldRow kPostHeaderRows[] = {
-    {0, FieldKind::Version, "Format"},
-    {4, FieldKind::Version, "Italic angle"},
-    {8, FieldKind::Int16, "Underline position"},
-    {10, FieldKind::UInt16, "Underline thickness"},
-    {12, FieldKind::Flag32, "Is monospaced"},
-    {16, FieldKind::Int32, "Minimum memory, type 42"},
-    {20, FieldKind::Int32, "Maximum memory, type 42"},
-    {24, FieldKind::Int32, "Minimum memory, type 1"},
-    {28, FieldKind::Int32, "Maximum memory, type 1"},
+    {0, FieldKind::Version, "Format", "version"},
+    {4, FieldKind::FixedAsVersion, "Italic angle", "italicAngle"},
+    {8, FieldKind::Int16, "Underline position", "underlinePosition"},
+    {10, FieldKind::UInt16, "Underline thickness", "underlineThickness"},
+    {12, FieldKind::Flag32, "Is monospaced", "isFixedPitch"},
+    {16, FieldKind::Int32, "Minimum memory, type 42", "minMemType42"},
+    {20, FieldKind::Int32, "Maximum memory, type 42", "maxMemType42"},
+    {24, FieldKind::Int32, "Minimum memory, type 1", "minMemType1"},
+    {28, FieldKind::Int32, "Maximum memory, type 1", "maxMemType1"},
 };
 
 uint32_t CountGlyphs(VellFontRef font) {

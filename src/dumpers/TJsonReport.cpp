@@ -45,11 +45,12 @@ std::string ShortDecimal(int64_t value, int64_t scale, int maxDecimals) {
 
 }  // namespace
 
-TJsonReport::TJsonReport(FILE* out) : fStream(out, fBuffer, sizeof fBuffer), fWriter(fStream) {}
+TJsonReport::TJsonReport(FILE* out) : fStream(out, fBuffer, sizeof fBuffer), fWriter(fRecord) {}
 
 TJsonReport::~TJsonReport() { fStream.Flush(); }
 
 JsonWriter& TJsonReport::BeginRecord(std::string_view type) {
+    AbandonRecord();
     fWriter.StartObject();
     fWriter.Key("type");
     fWriter.String(type.data(), static_cast<rapidjson::SizeType>(type.size()));
@@ -58,9 +59,19 @@ JsonWriter& TJsonReport::BeginRecord(std::string_view type) {
 
 void TJsonReport::EndRecord() {
     fWriter.EndObject();
+    const char* text = fRecord.GetString();
+    size_t size = fRecord.GetSize();
+    for (size_t i = 0; i < size; ++i) fStream.Put(text[i]);
     fStream.Put('\n');
-    // Each line is a document of its own.
-    fWriter.Reset(fStream);
+    fBytesWritten += size + 1;
+    AbandonRecord();
+}
+
+void TJsonReport::AbandonRecord() {
+    // Each line is a document of its own; a large record's memory is not kept.
+    if (fRecord.GetSize() > (size_t{1} << 20)) fRecord.ShrinkToFit();
+    fRecord.Clear();
+    fWriter.Reset(fRecord);
 }
 
 void TJsonReport::PairRecord(const std::string& originalFile, const std::string& originalName,

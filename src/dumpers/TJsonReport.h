@@ -6,6 +6,7 @@
 #pragma once
 
 #include <rapidjson/filewritestream.h>
+#include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
 #include <cstdint>
@@ -17,25 +18,10 @@
 #include "dumpers/FieldRow.h"
 #include "framework/VellTypes.h"
 
-// The report stream as the writer sees it, counting what it writes so that a
-// table's account can be held to its budget.
-class TCountingFileStream {
-public:
-    using Ch = char;
-    TCountingFileStream(FILE* out, char* buffer, size_t bufferSize) : fStream(out, buffer, bufferSize) {}
-    void Put(char c) {
-        ++fBytes;
-        fStream.Put(c);
-    }
-    void Flush() { fStream.Flush(); }
-    uint64_t BytesWritten() const { return fBytes; }
-
-private:
-    rapidjson::FileWriteStream fStream;
-    uint64_t fBytes = 0;
-};
-
-using JsonWriter = rapidjson::Writer<TCountingFileStream>;
+// Each record is put together in memory and written whole through a
+// FileWriteStream, so that a comparison that fails halfway through a record (a
+// damaged glyph) leaves no half record behind.
+using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
 
 // One step of a difference's path: a field's key, or a number (a glyph, a code,
 // a name ID, a pixel size).
@@ -72,7 +58,9 @@ public:
     // closes it with EndRecord, which ends the line.
     JsonWriter& BeginRecord(std::string_view type);
     void EndRecord();
-    uint64_t BytesWritten() const { return fStream.BytesWritten(); }
+    // Drops the record begun, after a failure while its members were written.
+    void AbandonRecord();
+    uint64_t BytesWritten() const { return fBytesWritten; }
     void Flush() { fStream.Flush(); }
 
     // Whole records of the report's frame.
@@ -87,8 +75,10 @@ public:
 
 private:
     char fBuffer[64 * 1024];
-    TCountingFileStream fStream;
+    rapidjson::FileWriteStream fStream;
+    rapidjson::StringBuffer fRecord;
     JsonWriter fWriter;
+    uint64_t fBytesWritten = 0;
 };
 
 // The report's JSON form for this run (--json), or null for the text report.

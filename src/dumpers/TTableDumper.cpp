@@ -228,7 +228,12 @@ void TTableDumper::WriteRecord(std::string_view type, const std::function<void(J
     JsonWriter& writer = gJsonReport->BeginRecord(type);
     writer.Key("table");
     WriteTag(writer, fTag);
-    members(writer);
+    try {
+        members(writer);
+    } catch (...) {
+        gJsonReport->AbandonRecord();
+        throw;
+    }
     gJsonReport->EndRecord();
     fAccountBytes += gJsonReport->BytesWritten() - before;
     if (fAccountBytes <= fAccountLimit) return;

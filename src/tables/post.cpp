@@ -78,6 +78,14 @@ int32_t TPOSTTableComparator::DumpTableDeltas() {
         std::string originalName = PostScriptName(GetOriginalTableHandle(), glyph);
         std::string modifiedName = PostScriptName(GetTableHandle(), glyph);
         if (originalName == modifiedName) continue;
+        PathScope names(*this, "glyphNames");
+        if (!ShowsDifference(DifferenceKind::Changed, glyph, [&](JsonWriter& writer) {
+                writer.Key("original");
+                WriteText(writer, originalName);
+                writer.Key("modified");
+                WriteText(writer, modifiedName);
+            }))
+            continue;
         PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
         PrintLine("\t\tname (mod ):\t" + modifiedName, true);
         PrintLine("\t\tname (orig):\t" + originalName, true);
@@ -85,10 +93,18 @@ int32_t TPOSTTableComparator::DumpTableDeltas() {
 
     if (originalGlyphs > modifiedGlyphs) PrintLine("\t### Deleted glyphs:", true);
     if (modifiedGlyphs > originalGlyphs) PrintLine("\t### Added glyphs:", true);
+    DifferenceKind kind = originalGlyphs > modifiedGlyphs ? DifferenceKind::Deleted : DifferenceKind::Added;
     for (uint32_t glyph = commonGlyphs; glyph < allGlyphs; ++glyph) {
         const VellHandle& post = glyph < originalGlyphs ? GetOriginalTableHandle() : GetTableHandle();
+        std::string name = PostScriptName(post, glyph);
+        PathScope names(*this, "glyphNames");
+        if (!ShowsDifference(kind, glyph, [&](JsonWriter& writer) {
+                writer.Key("value");
+                WriteText(writer, name);
+            }))
+            continue;
         PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, false);
-        PrintLine("\t" + PostScriptName(post, glyph), true);
+        PrintLine("\t" + name, true);
     }
     return 0;
 }

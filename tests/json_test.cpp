@@ -1,0 +1,274 @@
+// --json and --ignore: values typed as the font holds them, rules named by JSON
+// paths, and reports read back with RapidJSON's own parser.
+#include <gtest/gtest.h>
+#include <rapidjson/document.h>
+#include <rapidjson/stringbuffer.h>
+
+#include <algorithm>
+#include <functional>
+#include <sstream>
+
+#include "dumpers/IgnoreRules.h"
+#include "dumpers/TJsonReport.h"
+#include "support/FontBuilder.h"
+
+namespace {
+
+std::string Written(const std::function<void(JsonWriter&)>& write) {
+    rapidjson::StringBuffer buffer;
+    JsonWriter writer(buffer);
+    write(writer);
+    return buffer.GetString();
+}
+
+TEST(JsonValues, TypedAsTheFontHoldsThem) {
+    struct Case {
+        std::function<void(JsonWriter&)> write;
+        const char* json;
+    } cases[] = {
+        // 16.16 and 2.14 values as the shortest decimal that reads back as them.
+        {[](JsonWriter& w) { WriteFixed(w, 0x000111EC); }, "1.07"},
+        {[](JsonWriter& w) { WriteFixed(w, -0x000C8000); }, "-12.5"},
+        {[](JsonWriter& w) { WriteFixed(w, 0x00010000); }, "1.0"},
+        {[](JsonWriter& w) { WriteFixed(w, 1); }, "0.00002"},
+        {[](JsonWriter& w) { WriteF2Dot14(w, 11469); }, "0.7"},
+        {[](JsonWriter& w) { WriteF2Dot14(w, -16384); }, "-1.0"},
+        // Versions whose minor digit is the high nibble of the low word.
+        {[](JsonWriter& w) { WriteVersion(w, 0x00005000); }, "0.5"},
+        {[](JsonWriter& w) { WriteVersion(w, 0x00011000); }, "1.1"},
+        {[](JsonWriter& w) { WriteVersion(w, 0x00010000); }, "1.0"},
+        {[](JsonWriter& w) { WriteVersion(w, 0x000111EC); }, "1.07"},
+        // Dates from all 64 bits, before and after 1970.
+        {[](JsonWriter& w) { WriteDate(w, 0); }, "\"1904-01-01T00:00:00Z\""},
+        {[](JsonWriter& w) { WriteDate(w, 3140000000); }, "\"2003-07-02T14:13:20Z\""},
+        {[](JsonWriter& w) { WriteDate(w, int64_t{1} << 32); }, "\"2040-02-06T06:28:16Z\""},
+        {[](JsonWriter& w) { WritePoint(w, 100 << 16, -5 * 65536); }, "[100,-5]"},
+        {[](JsonWriter& w) { WritePoint(w, 0x8000, 0); }, "[0.5,0]"},
+        {[](JsonWriter& w) { WriteTag(w, 0x4F532F32); }, "\"OS/2\""},
+        // A byte that starts no UTF-8 sequence is U+FFFD; quotes are escaped.
+        {[](JsonWriter& w) { WriteText(w, "A\xFF\"B"); }, "\"A\xEF\xBF\xBD\\\"B\""},
+        // Counts that print signed are unsigned; 32-bit fields are unsigned.
+        {[](JsonWriter& w) { WriteFieldValue(w, FieldKind::UInt16AsSigned, 40000); }, "40000"},
+        {[](JsonWriter& w) { WriteFieldValue(w, FieldKind::Int16, 0xFFFB); }, "-5"},
+        {[](JsonWriter& w) { WriteFieldValue(w, FieldKind::Int32Hex, 0xE7006EFF); }, "3875565311"},
+        {[](JsonWriter& w) { WriteFieldValue(w, FieldKind::FixedAsVersion, 0x000111EC); }, "1.07"},
+        {[](JsonWriter& w) { WriteFieldValue(w, FieldKind::DateHighWord, 3140000000); }, "\"2003-07-02T14:13:20Z\""},
+        {[](JsonWriter& w) {
+             const uint8_t bytes[] = {0x00, 0xAB, 0x7F};
+             WriteHex(w, bytes, 3);
+         },
+         "\"00AB7F\""},
+    };
+    for (const Case& c : cases) EXPECT_EQ(Written(c.write), c.json);
+}
+
+TEST(IgnoreRules, ParsedIntoTagsAndStepsAndMatchedByPathPrefix) {
+    std::vector<IgnoreRule> rules;
+    ASSERT_TRUE(AddIgnoreRules("OS/2.achVendID,name.5,hmtx.*.advanceWidth,DSIG,cvt", rules));
+    ASSERT_EQ(rules.size(), 5u);
+    EXPECT_EQ(rules[0].tag, 0x4F532F32u);
+    EXPECT_EQ(rules[4].tag, 0x63767420u);  // 'cvt ' padded
+    EXPECT_TRUE(rules[3].steps.empty());
+
+    std::vector<IgnoreRule> build;
+    ASSERT_TRUE(AddIgnoreRules("build", build));
+    EXPECT_EQ(build.size(), 4u);
+    for (const char* bad : {"", "head..modified", "toolong.x", "head.", ","}) {
+        std::vector<IgnoreRule> none;
+        testing::internal::CaptureStderr();
+        EXPECT_FALSE(AddIgnoreRules(bad, none)) << bad;
+        EXPECT_NE(testing::internal::GetCapturedStderr().find("Invalid --ignore rule"), std::string::npos);
+    }
+
+    std::vector<IgnoreRule> saved = std::exchange(gIgnoreRules, rules);
+    const VellTag hmtx = 0x686D7478, name = 0x6E616D65, dsig = 0x44534947;
+    struct Case {
+        VellTag tag;
+        std::vector<PathStep> path;
+        bool ignored;
+    } cases[] = {
+        {name, {PathStep(uint16_t{5}), uint16_t{3}, uint16_t{1}, uint16_t{1033}}, true},
+        {name, {PathStep(uint16_t{50}), uint16_t{3}, uint16_t{1}, uint16_t{1033}}, false},
+        {hmtx, {PathStep(uint32_t{12}), "advanceWidth"}, true},
+        {hmtx, {PathStep(uint32_t{12}), "lsb"}, false},
+        {hmtx, {PathStep(uint32_t{12})}, false},  // a rule longer than the path names nothing
+        {dsig, {PathStep(size_t{0})}, true},
+        {0x4F532F32, {"achVendID"}, true},
+        {0x4F532F32, {"achVendIDs"}, false},
+    };
+    for (const Case& c : cases) EXPECT_EQ(DifferenceIgnored(c.tag, c.path), c.ignored) << c.path[0].Text();
+    EXPECT_TRUE(TableIgnored(dsig));
+    EXPECT_FALSE(TableHasIgnoredFields(dsig));
+    EXPECT_TRUE(TableHasIgnoredFields(hmtx));
+    EXPECT_FALSE(TableIgnored(hmtx));
+    gIgnoreRules = saved;
+}
+
+// Every line of a --json run, parsed.
+std::vector<rapidjson::Document> Records(const std::string& output) {
+    std::vector<rapidjson::Document> records;
+    std::istringstream lines(output);
+    for (std::string line; std::getline(lines, line);) {
+        records.emplace_back();
+        records.back().Parse(line.c_str());
+        EXPECT_FALSE(records.back().HasParseError()) << line;
+        EXPECT_TRUE(records.back().IsObject()) << line;
+    }
+    return records;
+}
+
+// The records of one type and table ("" for any table).
+std::vector<const rapidjson::Document*> Select(const std::vector<rapidjson::Document>& records, const char* type,
+                                               const char* table = "") {
+    std::vector<const rapidjson::Document*> chosen;
+    for (const rapidjson::Document& record : records)
+        if (std::string(record["type"].GetString()) == type &&
+            (*table == '\0' || (record.HasMember("table") && std::string(record["table"].GetString()) == table)))
+            chosen.push_back(&record);
+    return chosen;
+}
+
+class JsonReport : public ::testing::Test {
+protected:
+    TempDir dir;
+    FontTables original = SampleFont(), modified = SampleFont();
+    RunResult Run(std::vector<std::string> options) {
+        std::string a = dir.Write("a.ttf", BuildSfnt(original)), b = dir.Write("b.ttf", BuildSfnt(modified));
+        options.push_back(a);
+        options.push_back(b);
+        return RunVellcmp(options);
+    }
+};
+
+TEST_F(JsonReport, RecordsCarryTheDifferencesWithTrueValues) {
+    SetU32(modified["head"], 4, 0x000111EC);         // fontRevision 1.07, which the text shows as 1.4587
+    SetU32(modified["head"], 32, 3140000000u + 61);  // modified
+    SetU16(modified["maxp"], 4, 40000);              // numGlyphs, which the text shows as -25536
+    SetU32(modified["OS/2"], 58, 0x4E4F4E45);        // achVendID 'NONE'
+    modified["DSIG"] = Bytes{0, 0, 0, 1, 0, 0, 0, 0};
+    original["fpgm"] = Bytes(20, 0xB0);
+    modified["fpgm"] = Bytes(20, 0xB0);
+    modified["fpgm"][17] = 0x2C;
+    RunResult run = Run({"--json", "--exit-code"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "");
+    std::vector<rapidjson::Document> records = Records(run.out);
+
+    auto pair = Select(records, "pair");
+    ASSERT_EQ(pair.size(), 1u);
+    EXPECT_STREQ((*pair[0])["modified"]["fullName"].GetString(), "Sample Regular");
+    EXPECT_STREQ((*pair[0])["original"]["version"].GetString(), "Version 1.000");
+
+    auto added = Select(records, "table", "DSIG");
+    ASSERT_EQ(added.size(), 1u);
+    EXPECT_STREQ((*added[0])["change"].GetString(), "added");
+    EXPECT_EQ((*added[0])["modifiedSize"].GetInt(), 8);
+    EXPECT_FALSE(added[0]->HasMember("originalSize"));
+
+    auto head = Select(records, "field", "head");
+    ASSERT_EQ(head.size(), 2u);
+    EXPECT_STREQ((*head[0])["path"][0].GetString(), "fontRevision");
+    EXPECT_DOUBLE_EQ((*head[0])["modified"].GetDouble(), 1.07);
+    EXPECT_DOUBLE_EQ((*head[0])["original"].GetDouble(), 1.0);
+    EXPECT_STREQ((*head[1])["path"][0].GetString(), "modified");
+    EXPECT_STREQ((*head[1])["modified"].GetString(), "2003-07-02T14:14:21Z");
+
+    auto maxp = Select(records, "field", "maxp");
+    ASSERT_EQ(maxp.size(), 1u);
+    EXPECT_STREQ((*maxp[0])["path"][0].GetString(), "numGlyphs");
+    EXPECT_EQ((*maxp[0])["modified"].GetInt(), 40000);
+
+    auto os2 = Select(records, "field", "OS/2");
+    ASSERT_EQ(os2.size(), 1u);
+    EXPECT_STREQ((*os2[0])["modified"].GetString(), "NONE");
+
+    // A table without a handler: the differing eight-byte row, both sides in hex.
+    auto bytes = Select(records, "bytes", "fpgm");
+    ASSERT_EQ(bytes.size(), 1u);
+    EXPECT_EQ((*bytes[0])["offset"].GetInt(), 16);
+    EXPECT_STREQ((*bytes[0])["original"].GetString(), "B0B0B0B0");
+    EXPECT_STREQ((*bytes[0])["modified"].GetString(), "B02CB0B0");
+
+    // The text report has none of it.
+    EXPECT_EQ(run.out.find("#####"), std::string::npos);
+}
+
+TEST_F(JsonReport, ListEntriesAndGlyphsAreEntriesWithTheirValues) {
+    modified["name"] = MakeName({{1, "Sample"}, {2, "Regular"}, {4, "Sample Regular"}, {5, "Version 1.000"},
+                                 {6, "Sample-Regular"}, {13, "Licence"}});
+    SetU16(modified["hmtx"], 0, 999);
+    RunResult run = Run({"--json"});
+    std::vector<rapidjson::Document> records = Records(run.out);
+    // The name ID comes first in the path, then platform, encoding and language.
+    auto names = Select(records, "entry", "name");
+    auto licence = std::find_if(names.begin(), names.end(), [](const rapidjson::Document* record) {
+        return (*record)["path"][0].GetInt() == 13;
+    });
+    ASSERT_NE(licence, names.end());
+    EXPECT_STREQ((**licence)["change"].GetString(), "added");
+    EXPECT_EQ((**licence)["path"].Size(), 4u);
+    EXPECT_STREQ((**licence)["value"].GetString(), "Licence");
+
+    auto metrics = Select(records, "field", "hmtx");
+    ASSERT_EQ(metrics.size(), 1u);
+    EXPECT_EQ((*metrics[0])["path"][0].GetInt(), 0);
+    EXPECT_STREQ((*metrics[0])["path"][1].GetString(), "advanceWidth");
+    EXPECT_EQ((*metrics[0])["modified"].GetInt(), 999);
+}
+
+TEST_F(JsonReport, IgnoredDifferencesLeaveTheirTableUnchangedInTextAndJson) {
+    // A rebuild: the checksum adjustment and both dates, and a signature added.
+    SetU32(modified["head"], 8, 0x0BADF00D);
+    SetU32(modified["head"], 24, 3150000000u);
+    SetU32(modified["head"], 32, 3150000000u);
+    modified["DSIG"] = Bytes{0, 0, 0, 1, 0, 0, 0, 0};
+    const std::string empty = "##### Tables added (in modified font and not original font)\n##### End tables added\n\n"
+                              "##### Tables deleted (in original font but not in modified font)\n"
+                              "#####End tables deleted\n\n##### Tables changed\n#####End tables changed\n\n";
+    RunResult text = Run({"--ignore=build", "--exit-code"});
+    EXPECT_EQ(text.status, 0);
+    EXPECT_TRUE(text.out.ends_with(empty)) << text.out;
+    RunResult json = Run({"--ignore=build", "--exit-code", "--json"});
+    EXPECT_EQ(json.status, 0);
+    EXPECT_EQ(Records(json.out).size(), 1u);  // the pair record alone
+
+    // One field left over keeps 'head' changed, with that field alone.
+    SetU16(modified["head"], 18, 1000);
+    text = Run({"--ignore=head.checkSumAdjustment,head.created,head.modified,DSIG", "--exit-code"});
+    EXPECT_EQ(text.status, 1);
+    EXPECT_NE(text.out.find("\t'head'\n"), std::string::npos);
+    EXPECT_NE(text.out.find("\tUnits per em (mod ):\t1000\n"), std::string::npos);
+    EXPECT_EQ(text.out.find("Checksum adjustment"), std::string::npos);
+    EXPECT_EQ(text.out.find("Date"), std::string::npos);
+    EXPECT_EQ(text.out.find("DSIG"), std::string::npos);
+    json = Run({"--ignore=build", "--json"});
+    auto head = Select(Records(json.out), "field", "head");
+    ASSERT_EQ(head.size(), 1u);
+    EXPECT_STREQ((*head[0])["path"][0].GetString(), "unitsPerEm");
+}
+
+TEST_F(JsonReport, OptionsCombineAndMistakesAreRecordsToo) {
+    SetU16(modified["head"], 18, 1000);
+    // --summary: the table records alone; --color never colours records.
+    RunResult run = Run({"--json", "--summary", "--color=always"});
+    std::vector<rapidjson::Document> records = Records(run.out);
+    ASSERT_EQ(records.size(), 2u);
+    EXPECT_STREQ(records[1]["table"].GetString(), "head");
+    EXPECT_EQ(run.out.find('\x1b'), std::string::npos);
+    // --tables: the other tables keep their table record, without an account.
+    run = Run({"--json", "--tables=name"});
+    EXPECT_EQ(Records(run.out).size(), 2u);
+    // A bad rule fails like any mistyped option.
+    run = Run({"--json", "--exit-code", "--ignore=head..x"});
+    EXPECT_EQ(run.status, 2);
+    // A font without a partner is a warning record as well as a line.
+    original = SampleFont("Other Name");
+    run = Run({"--json"});
+    records = Records(run.out);
+    ASSERT_EQ(records.size(), 1u);
+    EXPECT_STREQ(records[0]["type"].GetString(), "warning");
+    EXPECT_STREQ(records[0]["message"].GetString(), "Could not find match for font Sample Regular!");
+    EXPECT_EQ(run.err, "##### WARNING! Could not find match for font Sample Regular!\n");
+}
+
+}  // namespace

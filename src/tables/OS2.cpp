@@ -163,6 +163,7 @@ int32_t TOS2TableComparator::DumpTableDeltas() {
     uint32_t modifiedSize = GetTableSize();
     uint32_t originalSize = GetOriginalTableSize();
     if (modifiedSize != originalSize) {
+        ReportResizedTable();
         PrintLine("\n##### Sizes don't match", true);
         PrintLine("##### Original data", true);
         DumpOneTable(GetOriginalTableHandle());
@@ -176,6 +177,30 @@ int32_t TOS2TableComparator::DumpTableDeltas() {
         CompareOlderLayout();
     }
     return 0;
+}
+
+// Tables of two sizes are listed whole, one after the other. As records: the
+// sizes, then each field of the version 2 layout that both tables hold and that
+// differs, and each that only the longer one holds, as an entry.
+void TOS2TableComparator::ReportResizedTable() {
+    if (!WritesRecords() && !IsCountingPass()) return;
+    VellView modified = GetTableView(), original = GetOriginalTableView();
+    ShowsChange("tableSize", FieldKind::Int32, modified.size(), original.size());
+    for (const FieldRow& row : kCompareRows) {
+        bool inModified = modified.has(row.offset, FieldWidth(row.kind));
+        bool inOriginal = original.has(row.offset, FieldWidth(row.kind));
+        if (inModified && inOriginal) {
+            if (FieldDiffers(row, modified, original))
+                ShowsChange(row.key, row.kind, FieldBits(row, modified), FieldBits(row, original));
+        } else if (inModified || inOriginal) {
+            VellView holder = inModified ? modified : original;
+            ShowsDifference(inModified ? DifferenceKind::Added : DifferenceKind::Deleted, row.key,
+                            [&](JsonWriter& writer) {
+                                writer.Key("value");
+                                WriteFieldValue(writer, row.kind, FieldBits(row, holder));
+                            });
+        }
+    }
 }
 
 void TOS2TableComparator::DumpOneTable(const VellHandle& table) {

@@ -8,9 +8,11 @@
 #include <functional>
 #include <sstream>
 
+#include "VellCmpFonts.h"
 #include "dumpers/IgnoreRules.h"
 #include "dumpers/TJsonReport.h"
 #include "support/FontBuilder.h"
+#include "support/Harness.h"
 
 namespace {
 
@@ -126,6 +128,87 @@ std::vector<const rapidjson::Document*> Select(const std::vector<rapidjson::Docu
             (*table == '\0' || (record.HasMember("table") && std::string(record["table"].GetString()) == table)))
             chosen.push_back(&record);
     return chosen;
+}
+
+// The records DiffFonts writes for one pair under --json, as lines.
+std::vector<std::string> RecordLines(const FontTables& modified, const FontTables& original) {
+    LoadedFont modifiedFont(modified), originalFont(original);
+    CapturedStream out;
+    FILE* saved = std::exchange(gReportFile, out.file());
+    {
+        TJsonReport json(out.file());
+        gJsonReport = &json;
+        ErrorRecord record;
+        testing::internal::CaptureStderr();
+        DiffFonts(modifiedFont.font(), originalFont.font(), &record);
+        testing::internal::GetCapturedStderr();
+        gJsonReport = nullptr;
+    }
+    gReportFile = saved;
+    std::vector<std::string> lines;
+    std::istringstream text(out.Text());
+    for (std::string line; std::getline(text, line);) lines.push_back(line);
+    return lines;
+}
+
+TEST(JsonRecords, EachHandlerNamesItsDifferencesByPath) {
+    struct Case {
+        const char* what;
+        void (*change)(FontTables& modified, FontTables& original);
+        std::vector<std::string> records;  // after the table record, in order
+    } cases[] = {
+        {"'hmtx': a changed side bearing, and a glyph the modified font adds with its metrics",
+         [](FontTables& m, FontTables&) {
+             m["hmtx"] = MakeHmtx({{1000, 0}, {500, 7}, {1200, 20}, {1200, 30}, {700, 30}});
+             SetU16(m["maxp"], 4, 5);
+             SetU16(m["hhea"], 34, 5);
+         },
+         {R"({"type":"field","table":"hmtx","path":[1,"lsb"],"original":0,"modified":7})",
+          R"({"type":"entry","table":"hmtx","change":"added","path":[4],"value":{"advanceWidth":700,"lsb":30}})"}},
+        {"'hdmx': a width under its pixel size, and a device record only the original has",
+         [](FontTables& m, FontTables& o) {
+             o["hdmx"] = MakeHdmx({{12, 9, 5, 3, 9, 9}, {14, 10, 6, 4, 10, 10}});
+             m["hdmx"] = MakeHdmx({{12, 9, 5, 4, 9, 9}});
+         },
+         {R"({"type":"entry","table":"hdmx","change":"deleted","path":[14],"value":{"maxWidth":10}})",
+          R"({"type":"field","table":"hdmx","path":[12,"widths",1],"original":3,"modified":4})"}},
+        {"'feat': a setting renamed, the feature whole on both sides",
+         [](FontTables& m, FontTables& o) {
+             o["feat"] = MakeFeat({{1, 0x8000, 256, {{0, 257}}}});
+             m["feat"] = MakeFeat({{1, 0x8000, 256, {{0, 258}}}});
+         },
+         {R"({"type":"field","table":"feat","path":[1],"original":{"feature":1,"featureFlags":32768,"nameIndex":256,)"
+          R"("nSettings":1,"settings":[{"setting":0,"nameIndex":257}]},"modified":{"feature":1,"featureFlags":32768,)"
+          R"("nameIndex":256,"nSettings":1,"settings":[{"setting":0,"nameIndex":258}]}})"}},
+        {"'post': a renamed glyph under glyphNames, and the italic angle as the decimal it is",
+         [](FontTables& m, FontTables&) {
+             m["post"] = MakePost({".notdef", "space", "A", "Bee"});
+             SetU32(m["post"], 4, static_cast<uint32_t>(-0xC8000));
+         },
+         {R"({"type":"field","table":"post","path":["italicAngle"],"original":0.0,"modified":-12.5})",
+          R"({"type":"field","table":"post","path":["glyphNames",3],"original":"B","modified":"Bee"})"}},
+        {"'OS/2' of two sizes: the sizes, then the fields only the longer table holds",
+         [](FontTables& m, FontTables& o) {
+             o["OS/2"] = MakeOS2(86);
+             m["OS/2"] = MakeOS2(96);
+             SetU16(m["OS/2"], 0, 1);
+         },
+         {R"({"type":"field","table":"OS/2","path":["tableSize"],"original":86,"modified":96})",
+          R"({"type":"entry","table":"OS/2","change":"added","path":["sxHeight"],"value":1000})",
+          R"({"type":"entry","table":"OS/2","change":"added","path":["sCapHeight"],"value":1400})",
+          R"({"type":"entry","table":"OS/2","change":"added","path":["usDefaultChar"],"value":0})",
+          R"({"type":"entry","table":"OS/2","change":"added","path":["usBreakChar"],"value":32})",
+          R"({"type":"entry","table":"OS/2","change":"added","path":["usMaxContext"],"value":2})"}},
+    };
+    for (const Case& c : cases) {
+        FontTables modified = SampleFont(), original = SampleFont();
+        c.change(modified, original);
+        std::vector<std::string> lines = RecordLines(modified, original), records;
+        std::string table = c.records.empty() ? "" : c.records[0].substr(c.records[0].find("\"table\""), 15);
+        for (const std::string& line : lines)
+            if (line.find(table) != std::string::npos && !line.starts_with(R"({"type":"table")")) records.push_back(line);
+        EXPECT_EQ(records, c.records) << c.what;
+    }
 }
 
 class JsonReport : public ::testing::Test {
@@ -245,6 +328,22 @@ TEST_F(JsonReport, IgnoredDifferencesLeaveTheirTableUnchangedInTextAndJson) {
     auto head = Select(Records(json.out), "field", "head");
     ASSERT_EQ(head.size(), 1u);
     EXPECT_STREQ((*head[0])["path"][0].GetString(), "unitsPerEm");
+}
+
+TEST_F(JsonReport, AWildcardRuleLeavesOutOneFieldOfEveryGlyphAndTheirHeadings) {
+    modified["hmtx"] = MakeHmtx({{1000, 0}, {510, 0}, {1200, 25}}, {30});
+    RunResult run = Run({"--ignore=hmtx.*.advanceWidth", "--exit-code"});
+    EXPECT_EQ(run.status, 1);
+    // Glyph 1 changed only its advance: neither it nor its heading is left.
+    EXPECT_NE(run.out.find("\tGlyph:\t2\n\t\tName:\tA\n\t\tLeft-side bearing (mod ):\t25\n"), std::string::npos)
+        << run.out;
+    EXPECT_EQ(run.out.find("\tGlyph:\t1\n"), std::string::npos);
+    EXPECT_EQ(run.out.find("Advance width"), std::string::npos);
+    // Without the side bearing's change, 'hmtx' is unchanged.
+    modified["hmtx"] = MakeHmtx({{1000, 0}, {510, 0}, {1200, 20}}, {30});
+    run = Run({"--ignore=hmtx.*.advanceWidth", "--exit-code"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out.find("'hmtx'"), std::string::npos);
 }
 
 TEST_F(JsonReport, OptionsCombineAndMistakesAreRecordsToo) {

@@ -267,6 +267,37 @@ def check_bytes(tag, lines, records):
     return len(records)
 
 
+def text_entries(tag, lines):
+    """How many entries only one font has the text lists for a table, or None
+    where the text does not count them one by one."""
+    if tag == "cmap":
+        return sum(1 for line in lines if re.match(r"^\t(?:U\+|0x)[0-9A-F]+ ==> \d+$", line)) + \
+            sum(1 for line in lines if line.startswith("Platform:  :\t") and in_lone_encodings(lines, line))
+    if tag == "name":
+        return sum(1 for line in lines if re.match(r"^\t(Added|Deleted) name, name index:\t", line))
+    if tag == "hmtx":
+        for line in lines:
+            new = re.match(r"^Glyphs (\d+) through (\d+) are new$", line)
+            if new:
+                return int(new.group(2)) - int(new.group(1)) + 1
+        return 0
+    if tag in ("GSUB", "GPOS", "GDEF", "kern"):
+        count, listing = 0, False
+        for line in lines:
+            if line.startswith("### "):
+                listing = line.startswith("### Added ") or line.startswith("### Deleted ")
+            elif listing and re.match(r"^\t[^\t]+:\t", line):
+                count += 1
+        return count
+    return None
+
+
+def in_lone_encodings(lines, line):
+    before = lines[:lines.index(line)]
+    marks = [l for l in before if l.startswith("### ")]
+    return bool(marks) and marks[-1] in ("### Added cmaps:", "### Deleted cmaps:")
+
+
 def check_pair(vellcmp, options, original, modified):
     text = run(vellcmp, options, original, modified)
     lines = run(vellcmp, ["--json", *options], original, modified).splitlines()
@@ -285,6 +316,11 @@ def check_pair(vellcmp, options, original, modified):
     for tag, account in accounts(text).items():
         of_table = [r for r in records if r.get("table") == tag and r["type"] != "table"]
         fields = [r for r in of_table if r["type"] == "field"]
+        entries = [r for r in of_table if r["type"] == "entry"]
+        expected = text_entries(tag, account)
+        if expected is not None and expected != len(entries):
+            raise Mismatch(f"'{tag}': {expected} entries of one font in the text, {len(entries)} entry records")
+        checked += len(entries) if expected is not None else 0
         if any(r["type"] == "bytes" for r in of_table):
             checked += check_bytes(tag, account, [r for r in of_table if r["type"] == "bytes"])
         elif tag == "glyf":

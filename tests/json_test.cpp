@@ -211,6 +211,33 @@ TEST(JsonRecords, EachHandlerNamesItsDifferencesByPath) {
     }
 }
 
+// The paths doc/vellcmp-json.md lists are the keys the records use: every field
+// of the fixed layouts, each made to differ, names a key the document holds.
+TEST(JsonRecords, EveryKeyOfTheFixedLayoutsIsInTheSchema) {
+    std::string schema = ReadFile(VELLCMP_SOURCE_DIR "/doc/vellcmp-json.md");
+    FontTables original = EveryTableFont();
+    for (const char* tag : {"head", "hhea", "maxp", "OS/2", "post", "hsty"}) {
+        FontTables modified = original;
+        for (uint8_t& byte : modified[tag]) byte ^= 0xFF;
+        size_t keys = 0;
+        for (const std::string& line : RecordLines(modified, original)) {
+            rapidjson::Document record;
+            record.Parse(line.c_str());
+            if (!record.HasMember("path") || std::string(record["table"].GetString()) != tag) continue;
+            for (const rapidjson::Value& step : record["path"].GetArray()) {
+                if (!step.IsString()) continue;
+                ++keys;
+                std::string key = step.GetString();
+                // A numbered run of keys may be listed by its first and last.
+                std::string listed = "`" + key + "`", run = "`" + key.substr(0, key.size() - 1) + "1`";
+                EXPECT_TRUE(schema.find(listed) != std::string::npos || schema.find(run) != std::string::npos)
+                    << tag << "." << key << " is not in doc/vellcmp-json.md";
+            }
+        }
+        EXPECT_GT(keys, 4u) << tag;
+    }
+}
+
 class JsonReport : public ::testing::Test {
 protected:
     TempDir dir;

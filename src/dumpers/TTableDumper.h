@@ -9,8 +9,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <span>
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>

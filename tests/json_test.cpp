@@ -211,6 +211,38 @@ TEST(JsonRecords, EachHandlerNamesItsDifferencesByPath) {
     }
 }
 
+// Under --opentype, the variable tables' records: keyed like their lists and
+// fields, values typed from what the text prints (decimals, hex flags, points).
+TEST(JsonRecords, VariableTableRecordsUnderOpenType) {
+    struct OpenTypeForTest {
+        OpenTypeForTest() { gOpenType = 1; }
+        ~OpenTypeForTest() { gOpenType = 0; }
+    } openType;
+    FontTables original = VariableFont(), modified = VariableFont();
+    modified["fvar"] = MakeFvar({{"wdth", 75, 100, 100, 257}, {"wght", 100, 450, 900, 256}},
+                                {{260, {100, 400}, 261}, {258, {75, 720}, 259}, {262, {75, 400}, 263}});
+    std::vector<std::string> records;
+    for (const std::string& line : RecordLines(modified, original))
+        if (line.find(R"("table":"fvar")") != std::string::npos && !line.starts_with(R"({"type":"table")"))
+            records.push_back(line);
+    EXPECT_EQ(records, (std::vector<std::string>{
+                           R"({"type":"field","table":"fvar","path":["axisCount"],"original":1,"modified":2})",
+                           R"({"type":"field","table":"fvar","path":["instanceCount"],"original":2,"modified":3})",
+                           R"({"type":"field","table":"fvar","path":["instanceSize"],"original":10,"modified":14})",
+                           R"({"type":"entry","table":"fvar","change":"added","path":["axes","'wdth'"],"value":)"
+                           R"({"Minimum":75.0,"Default":100.0,"Maximum":100.0,"Flags":0,"Name":"257 \"Width\""}})",
+                           R"({"type":"field","table":"fvar","path":["axes","'wght'","Default"],"original":400.0,)"
+                           R"("modified":450.0})",
+                           R"({"type":"entry","table":"fvar","change":"added","path":["instances","Condensed"],)"
+                           R"("value":{"Subfamily name":"262 \"Condensed\"","Flags":0,"'wdth'":75.0,"'wght'":400.0,)"
+                           R"("PostScript name":"263 \"Sample-Condensed\""}})",
+                           R"({"type":"field","table":"fvar","path":["instances","Bold","'wdth'"],"original":null,)"
+                           R"("modified":75.0})",
+                           R"({"type":"field","table":"fvar","path":["instances","Bold","'wght'"],"original":700.0,)"
+                           R"("modified":720.0})",
+                       }));
+}
+
 // The paths doc/vellcmp-json.md lists are the keys the records use: every field
 // of the fixed layouts, each made to differ, names a key the document holds.
 TEST(JsonRecords, EveryKeyOfTheFixedLayoutsIsInTheSchema) {

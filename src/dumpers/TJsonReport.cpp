@@ -2,7 +2,6 @@
 
 #include <unicode/utf8.h>
 
-#include <cmath>
 
 #include "dumpers/TTableDumper.h"
 
@@ -17,30 +16,6 @@ constexpr int64_t kEpochDays = 24107;
 // A number already spelled as JSON wants it.
 void WriteNumberText(JsonWriter& writer, const std::string& text) {
     writer.RawValue(text.data(), text.size(), rapidjson::kNumberType);
-}
-
-// The shortest decimal with at most `maxDecimals` decimals that reads back as
-// value / scale when rounded to the nearest step of 1 / scale.
-std::string ShortDecimal(int64_t value, int64_t scale, int maxDecimals) {
-    int64_t power = 1, scaled = 0;
-    int decimals = 0;
-    for (; decimals <= maxDecimals; ++decimals, power *= 10) {
-        scaled = std::llround(static_cast<double>(value) * static_cast<double>(power) / static_cast<double>(scale));
-        if (std::llround(static_cast<double>(scaled) * static_cast<double>(scale) / static_cast<double>(power)) ==
-            value)
-            break;
-    }
-    if (decimals > maxDecimals) {
-        decimals = maxDecimals;
-        power /= 10;
-        scaled = std::llround(static_cast<double>(value) * static_cast<double>(power) / static_cast<double>(scale));
-    }
-    std::string text = scaled < 0 ? "-" : "";
-    uint64_t magnitude = scaled < 0 ? uint64_t{0} - static_cast<uint64_t>(scaled) : static_cast<uint64_t>(scaled);
-    AppendDecimal(text, static_cast<int64_t>(magnitude / static_cast<uint64_t>(power)));
-    text.push_back('.');
-    AppendDecimal(text, static_cast<int64_t>(magnitude % static_cast<uint64_t>(power)), std::max(decimals, 1));
-    return text;
 }
 
 }  // namespace
@@ -153,9 +128,18 @@ void WriteText(JsonWriter& writer, std::string_view text) {
 
 void WriteTag(JsonWriter& writer, VellTag tag) { WriteText(writer, VellTagText(tag)); }
 
-void WriteFixed(JsonWriter& writer, int32_t value) { WriteNumberText(writer, ShortDecimal(value, 65536, 5)); }
+// The same shortest decimals as the report's own accounts print.
+void WriteFixed(JsonWriter& writer, int32_t value) {
+    std::string text;
+    AppendShortFixed(text, value);
+    WriteNumberText(writer, text);
+}
 
-void WriteF2Dot14(JsonWriter& writer, int16_t value) { WriteNumberText(writer, ShortDecimal(value, 16384, 5)); }
+void WriteF2Dot14(JsonWriter& writer, int16_t value) {
+    std::string text;
+    AppendShortF2Dot14(text, value);
+    WriteNumberText(writer, text);
+}
 
 void WriteVersion(JsonWriter& writer, uint32_t version) {
     uint32_t minor = version & 0xFFFF;

@@ -1,8 +1,9 @@
 // TJsonReport: the report as JSON Lines (--json). The comparisons print through
 // the same operations as the text report; under --json those operations write
-// records here instead of lines. One RapidJSON Writer streams each record into
-// the report file through a fixed buffer, so memory stays flat however long the
-// report runs. doc/vellcmp-json.md describes every record.
+// records here instead of lines. A RapidJSON Writer puts each record together,
+// and a FileWriteStream with a fixed buffer streams it into the report file, so
+// memory stays flat however long the report runs (one record at most is held).
+// doc/vellcmp-json.md describes every record.
 #pragma once
 
 #include <rapidjson/filewritestream.h>
@@ -13,6 +14,7 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "dumpers/FieldRow.h"

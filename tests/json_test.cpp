@@ -428,6 +428,15 @@ TEST_F(JsonReport, OptionsCombineAndMistakesAreRecordsToo) {
     EXPECT_STREQ(records[0]["type"].GetString(), "warning");
     EXPECT_STREQ(records[0]["message"].GetString(), "Could not find match for font Sample Regular!");
     EXPECT_EQ(run.err, "##### WARNING! Could not find match for font Sample Regular!\n");
+    // A font that cannot be read: its error lines are records too.
+    std::string a = dir.Write("a.ttf", BuildSfnt(SampleFont())), cut = dir.Write("cut.ttf", Bytes(20, 0));
+    run = RunVellcmp({"--json", "--exit-code", a, cut});
+    EXPECT_EQ(run.status, 2);
+    records = Records(run.out);
+    ASSERT_FALSE(records.empty());
+    for (const rapidjson::Document& record : records) EXPECT_STREQ(record["type"].GetString(), "error");
+    EXPECT_NE(std::string(records.back()["message"].GetString()).find("Aborting after failure to diff"),
+              std::string::npos);
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ enum LongOption : unsigned {
     kLongExitCode = 1u << 5,  // --exit-code
     kLongOpenType = 1u << 6,  // --opentype
     kLongPair = 1u << 7,      // --pair=name|index
+    kLongJson = 1u << 8,      // --json and --ignore=RULE[,RULE...]
 };
 
 // A file -o opened, kept as it is until it is known to be none of the font files.

@@ -18,6 +18,8 @@ uint8_t gColorReport = 0;
 uint8_t gExitCodeByDifference = 0;
 uint8_t gOpenType = 0;
 uint8_t gPairFontsByIndex = 0;
+std::string gHtmlPath;
+uint32_t gHtmlMaxDrawings = 500;
 uint8_t gFontsDiffer = 0;
 
 // ---- Errors ----

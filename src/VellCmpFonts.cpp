@@ -5,6 +5,7 @@
 #include "comparators/TTableComparator.h"
 #include "dumpers/TableHandlers.h"
 #include "framework/VellTables.h"
+#include "html/HtmlPage.h"
 
 // ---- The font diff driver ----
 
@@ -56,8 +57,8 @@ bool TableChanged(VellFontRef modifiedFont, VellFontRef originalFont, VellTag ta
     return !(modified.sub(0, compareLength) == original.sub(0, compareLength));
 }
 
-// Lists the tables of `font` that `other` lacks.
-bool ListTablesMissingFrom(VellFontRef font, uint32_t count, VellFontRef other, ErrorRecord* record) {
+// Lists the tables of `font` that `other` lacks, in the report and on the page.
+bool ListTablesMissingFrom(VellFontRef font, uint32_t count, VellFontRef other, TableList list, ErrorRecord* record) {
     for (uint32_t index = 1; index <= count; ++index) {
         VellTag tag = 0;
         uint32_t length = VellGetFontTable(font, index, nullptr, &tag, record);
@@ -67,6 +68,7 @@ bool ListTablesMissingFrom(VellFontRef font, uint32_t count, VellFontRef other, 
         if (otherLength == 0) {
             gFontsDiffer = 1;
             std::fprintf(gReportFile, "\t'%s' %d bytes\n", VellTagText(tag).c_str(), static_cast<int32_t>(length));
+            if (gHtmlPage) gHtmlPage->ListTable(list, tag, length, 0);
         }
     }
     return true;
@@ -92,10 +94,10 @@ void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* 
     if (ReportFrameworkError(record)) return;
 
     std::fprintf(gReportFile, "##### Tables added (in modified font and not original font)\n");
-    if (!ListTablesMissingFrom(modifiedFont, modifiedCount, originalFont, record)) return;
+    if (!ListTablesMissingFrom(modifiedFont, modifiedCount, originalFont, TableList::kAdded, record)) return;
     std::fprintf(gReportFile, "##### End tables added\n\n");
     std::fprintf(gReportFile, "##### Tables deleted (in original font but not in modified font)\n");
-    if (!ListTablesMissingFrom(originalFont, originalCount, modifiedFont, record)) return;
+    if (!ListTablesMissingFrom(originalFont, originalCount, modifiedFont, TableList::kDeleted, record)) return;
     std::fprintf(gReportFile, "#####End tables deleted\n\n");
 
     std::fprintf(gReportFile, "##### Tables changed\n");
@@ -116,6 +118,7 @@ void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* 
         gFontsDiffer = 1;
         std::string tagText = VellTagText(tag);
         if (gVerbose) std::fprintf(stderr, "Found a delta in the '%s' tables\n", tagText.c_str());
+        if (gHtmlPage) gHtmlPage->ListTable(TableList::kChanged, tag, modifiedLength, originalLength);
         if (gSummaryOnly) {
             // Both sizes, as the account's header lines would give them.
             std::fprintf(gReportFile, "\t'%s' %d bytes (%d bytes in the original font)\n", tagText.c_str(),
@@ -125,12 +128,15 @@ void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* 
         std::fprintf(gReportFile, "\n\t'%s'\n", tagText.c_str());
         if (!TableGetsAccount(tag)) continue;
         try {
+            TAccountCapture account;
             std::unique_ptr<TTableComparator> comparator =
-                MakeTableComparator(modifiedContext, originalContext, tag, gReportFile);
+                MakeTableComparator(modifiedContext, originalContext, tag, account.Stream());
             if (comparator) {
                 comparator->DumpTable();
                 comparator.reset();
+                account.Finish();
             }
+            if (gHtmlPage) gHtmlPage->AddDrawings(tag, modifiedContext, originalContext);
         } catch (const TVellCmpException&) {
             VellSetErrorSource(record, kVellCmpFontsSource, kComparatorExceptionLine);
             record->code = kVellCmpInternalError;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include "CommandLine.h"
@@ -12,6 +13,7 @@
 #include "VellCmpFonts.h"
 #include "framework/VellNames.h"
 #include "framework/VellTables.h"
+#include "html/HtmlPage.h"
 
 namespace {
 
@@ -27,7 +29,7 @@ constexpr const char* kHeaderRule = "===========================================
 // The long options vellcmp takes.
 constexpr unsigned kVellcmpLongOptions =
     kLongHelp | kLongVersion | kLongColor | kLongSummary | kLongTables | kLongExitCode | kLongOpenType |
-    kLongPair;
+    kLongPair | kLongHtml;
 
 void PrintUsage(const std::string& name, bool longOptions) {
     PrintVersion(name);
@@ -107,6 +109,7 @@ int DiffFontFiles(const char* modifiedPath, const char* originalPath) {
     auto dispose = [&] { return DisposeAndReport(modifiedList, modifiedCount, originalList, originalCount, &record); };
     // One pair, under its header unless -f chose it; 0, or 1 once the failure is reported.
     auto diffPair = [&](VellFontRef modifiedFont, VellFontRef originalFont, bool header) {
+        if (gHtmlPage) gHtmlPage->BeginPair(modifiedPath, originalPath, modifiedFont, originalFont);
         if (header) {
             std::string modifiedName, modifiedVersion, originalName, originalVersion;
             GetFontNameUTF8(modifiedFont, kFullNameCode, &modifiedName, &record);
@@ -126,6 +129,7 @@ int DiffFontFiles(const char* modifiedPath, const char* originalPath) {
         }
         WarnOfTablesNeitherFontHas(modifiedFont, originalFont);
         DiffFonts(modifiedFont, originalFont, &record);
+        if (gHtmlPage) gHtmlPage->EndPair();
         return record.code != 0 ? dispose() : 0;
     };
     // The pairing's own lookup of a full name; false once its failure is reported.
@@ -207,12 +211,30 @@ int main(int argc, char* argv[]) {
     // With --exit-code, failures exit 2 as diff's do, leaving 1 to say "different".
     const int failure = gExitCodeByDifference ? 2 : 1;
     if (!ClaimReportFiles(options, argv + optind, argc - optind)) return failure;
+    // With --html and no -o the page is the only output asked for: the text
+    // report goes nowhere.
+    FILE* page = options.htmlFile.stream;
+    if (page != nullptr && options.reportFiles.empty() && optind == argc - 2) {
+        FILE* nowhere = std::fopen("/dev/null", "w");
+        if (nowhere != nullptr) gReportFile = nowhere;
+    }
     if (options.help || optind == argc) PrintUsage(name, options.longHelp);
     if (options.version) PrintVersion(name);
     if (optind == argc) return error ? failure : 0;
     if (optind == argc - 2) {
         // The modified file goes first.
+        std::unique_ptr<THtmlPage> html;
+        if (page != nullptr) gHtmlPage = (html = std::make_unique<THtmlPage>(page, gHtmlMaxDrawings)).get();
         int result = DiffFontFiles(argv[optind + 1], argv[optind]);
+        if (html) {
+            // A failed run still leaves a page with the pairs compared before the failure.
+            bool written = html->Finish();
+            gHtmlPage = nullptr;
+            if (std::fclose(page) != 0 || !written) {
+                std::fprintf(stderr, "#### ERROR:  Cannot write the page \"%s\"\n", options.htmlFile.path.c_str());
+                if (result == 0) result = 1;
+            }
+        }
         // A mistyped option fails a CI run though the fonts were compared.
         if (result == 0 && gExitCodeByDifference && error) return failure;
         if (result == 0) return gExitCodeByDifference && gFontsDiffer ? 1 : 0;

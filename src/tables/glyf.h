@@ -22,3 +22,8 @@ public:
     // One glyph's data block, with its points listed without their flags.
     void PrintGlyph(const VellHandle& glyphData);
 };
+
+// Whether two glyphs' data differ, allowing up to four bytes of trailing padding
+// that bring the longer one to a multiple of four (whatever those bytes hold):
+// the comparator's test, which the --html drawings share.
+bool GLYFGlyphDataDiffer(VellView modified, VellView original);

@@ -1,0 +1,530 @@
+#include "html/HtmlDrawings.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+#include "VellCmpErrors.h"
+#include "dumpers/TTableDumper.h"
+#include "framework/VellEncodings.h"
+#include "framework/VellGlyphs.h"
+#include "tables/glyf.h"
+
+namespace {
+
+constexpr uint32_t kNoCode = UINT32_MAX;
+constexpr size_t kUnitsPerEmOffset = 18;  // 'head'
+constexpr size_t kAscenderOffset = 4;     // 'hhea'
+constexpr size_t kDescenderOffset = 6;    // 'hhea'
+constexpr size_t kComponentsOffset = 10;  // after a glyph's header
+
+// Component flag bits.
+constexpr uint16_t kArg1And2AreWords = 0x0001;
+constexpr uint16_t kArgsAreXYValues = 0x0002;
+constexpr uint16_t kWeHaveAScale = 0x0008;
+constexpr uint16_t kMoreComponents = 0x0020;
+constexpr uint16_t kWeHaveAnXAndYScale = 0x0040;
+constexpr uint16_t kWeHaveATwoByTwo = 0x0080;
+
+// Composites nest at most this deep (a cycle of components ends here), and a
+// drawing holds at most this many points: a hostile composite that reuses one
+// large glyph many times at every level stops growing there.
+constexpr int kMostComponentDepth = 8;
+constexpr size_t kMostDrawnPoints = 200000;
+
+// The pixel size of a figure's em box.
+constexpr int kFigurePixels = 220;
+
+VellTag Tag(const char (&text)[5]) { return VellMakeTag(text); }
+
+double F2Dot14(int16_t value) { return value / 16384.0; }
+
+// A number as the page writes it: whole units without decimals, others to a
+// hundredth, which is finer than any screen shows at a figure's size.
+std::string Number(double value) {
+    if (!std::isfinite(value)) return "0";
+    double rounded = std::round(value * 100) / 100;
+    char text[32];
+    if (rounded == std::floor(rounded))
+        std::snprintf(text, sizeof text, "%.0f", rounded);
+    else
+        std::snprintf(text, sizeof text, "%.2f", rounded);
+    return text;
+}
+
+std::string UnicodeText(uint32_t code) { return VellFormat("U+%04X", code); }
+
+template <typename Read>
+auto OrNothing(Read read) -> std::optional<decltype(read())> {
+    try {
+        return read();
+    } catch (const TVellCmpException&) {
+        return std::nullopt;
+    }
+}
+
+// Unicode mappings are looked for in this order of encodings (the framework's
+// platform and script numbers, each one above its sfnt ID): Microsoft UCS-4,
+// Microsoft Unicode BMP, then any Unicode-platform one.
+uint32_t FindUnicodeEncoding(VellFontRef font) {
+    ErrorRecord record;
+    uint32_t count = VellCountFontEncodings(font, &record);
+    if (record.code != 0) return 0;
+    uint32_t best = 0;
+    int bestRank = 0;
+    for (uint32_t index = 1; index <= count; ++index) {
+        int32_t script = 0, language = 0;
+        int32_t platform = VellGetFontEncoding(font, index, &script, &language, &record);
+        if (record.code != 0) return 0;
+        int rank = platform == 4 && script == 11 ? 3 : platform == 4 && script == 2 ? 2 : platform == 1 ? 1 : 0;
+        if (rank > bestRank) {
+            best = index;
+            bestRank = rank;
+        }
+    }
+    return best;
+}
+
+void Transform(const double matrix[6], double x, double y, double* outX, double* outY) {
+    *outX = matrix[0] * x + matrix[2] * y + matrix[4];
+    *outY = matrix[1] * x + matrix[3] * y + matrix[5];
+}
+
+struct Bounds {
+    double xMin = 0, yMin = 0, xMax = 0, yMax = 0;
+    void Add(double x, double y) {
+        xMin = std::min(xMin, x);
+        yMin = std::min(yMin, y);
+        xMax = std::max(xMax, x);
+        yMax = std::max(yMax, y);
+    }
+};
+
+// A side's drawing: its outline and advance, read once for the figure.
+struct DrawnSide {
+    bool present = false;
+    TDrawnOutline outline;
+    std::optional<uint16_t> advance;
+};
+
+DrawnSide ReadSide(const TGlyphSide& side) {
+    DrawnSide drawn;
+    if (side.source == nullptr) return drawn;
+    drawn.present = true;
+    drawn.outline = side.source->Outline(side.glyph);
+    drawn.advance = side.source->Advance(side.glyph);
+    return drawn;
+}
+
+bool SamePoint(const TDrawnPoint& a, const TDrawnPoint& b) {
+    return a.x == b.x && a.y == b.y && a.onCurve == b.onCurve;
+}
+
+// The points of `side`, the ones that moved (not where the other side has the
+// point of the same number) drawn larger in the highlight colour.
+void AppendPoints(std::string& svg, const char* sideClass, const DrawnSide& side, const DrawnSide* other,
+                  double radius) {
+    svg += VellFormat("<g class=\"points %s\">", sideClass);
+    const std::vector<TDrawnPoint>& points = side.outline.points;
+    for (size_t p = 0; p < points.size(); ++p) {
+        const TDrawnPoint& point = points[p];
+        bool moved = other != nullptr && other->present &&
+                     (p >= other->outline.points.size() || !SamePoint(point, other->outline.points[p]));
+        std::string x = Number(point.x), y = Number(point.y);
+        if (moved)
+            svg += "<circle class=\"moved\" cx=\"" + x + "\" cy=\"" + y + "\" r=\"" + Number(radius * 2.2) + "\"/>";
+        svg += std::string("<circle class=\"") + (point.onCurve ? "on" : "off") + "\" cx=\"" + x + "\" cy=\"" + y +
+               "\" r=\"" + Number(radius) + "\"/>";
+    }
+    svg += "</g>";
+}
+
+std::string GlyphCaption(const TGlyphSide& side, const char* label) {
+    std::string caption = VellFormat("<div class=\"%s\"><b>%s</b> glyph %u", label[0] == 'm' ? "mod" : "orig",
+                                     label, side.glyph);
+    std::string name = side.source->Name(side.glyph);
+    if (!name.empty()) caption += " <span class=\"name\">" + HtmlEscape(name) + "</span>";
+    if (std::optional<uint32_t> code = side.source->Unicode(side.glyph)) caption += " " + UnicodeText(*code);
+    if (std::optional<uint16_t> advance = side.source->Advance(side.glyph))
+        caption += VellFormat(", advance %u", *advance);
+    return caption + "</div>";
+}
+
+}  // namespace
+
+// ---- One font's glyphs ----
+
+TGlyphSource::TGlyphSource(TFontContext& font) : fFont(font) {
+    ErrorRecord record;
+    fLocations = VellFindGlyphLocations(font.Font(), &record);
+    fHasLocations = record.code == 0 && !fLocations.glyf.empty();
+    fGlyphCount = OrNothing([&] { return font.GlyphCount(); }).value_or(0);
+    VellView head = OrNothing([&] { return font.Table(Tag("head")); }).value_or(VellView());
+    VellView hhea = OrNothing([&] { return font.Table(Tag("hhea")); }).value_or(VellView());
+    // A damaged em size falls back to the common 1000 so that the box stays drawable.
+    uint16_t unitsPerEm = head.u16(kUnitsPerEmOffset);
+    if (unitsPerEm >= 16) fUnitsPerEm = unitsPerEm;
+    if (hhea.size() > kDescenderOffset) {
+        fAscender = hhea.s16(kAscenderOffset);
+        fDescender = hhea.s16(kDescenderOffset);
+    } else {
+        fAscender = fUnitsPerEm * 4 / 5;
+        fDescender = fAscender - fUnitsPerEm;
+    }
+}
+
+VellView TGlyphSource::GLYFBytes(uint32_t glyph) {
+    if (!fHasLocations) return {};
+    ErrorRecord record;
+    VellView bytes = VellGetTTGlyphBytes(fLocations, glyph, &record);
+    return record.code == 0 ? bytes : VellView();
+}
+
+bool TGlyphSource::HasGLYFOutline(uint32_t glyph) { return !GLYFBytes(glyph).empty(); }
+
+void TGlyphSource::AppendGLYFGlyph(uint32_t glyph, const double matrix[6], int depth, TDrawnOutline& outline) {
+    VellView bytes = GLYFBytes(glyph);
+    int16_t contours = bytes.s16(0);
+    if (contours > 0) {
+        VellGlyphPoints decoded = VellDecodeGLYFPoints(bytes);
+        size_t start = 0;
+        for (uint16_t end : decoded.endPoints) {
+            // End points that go backwards or past the decoded points close nothing new.
+            size_t stop = std::min<size_t>(size_t{end} + 1, decoded.points.size());
+            if (stop <= start) continue;
+            if (outline.points.size() + (stop - start) > kMostDrawnPoints) return;
+            for (size_t p = start; p < stop; ++p) {
+                TDrawnPoint point;
+                Transform(matrix, decoded.points[p].x, decoded.points[p].y, &point.x, &point.y);
+                point.onCurve = decoded.points[p].onCurve;
+                outline.points.push_back(point);
+            }
+            outline.contourEnds.push_back(outline.points.size());
+            start = stop;
+        }
+        return;
+    }
+    if (contours == 0 || depth >= kMostComponentDepth) return;
+    size_t at = kComponentsOffset;
+    uint16_t flags = 0;
+    do {
+        if (!bytes.has(at, 4)) return;
+        flags = bytes.u16(at);
+        uint16_t component = bytes.u16(at + 2);
+        at += 4;
+        bool words = flags & kArg1And2AreWords;
+        bool offsets = flags & kArgsAreXYValues;
+        int32_t argument1 = words ? (offsets ? bytes.s16(at) : bytes.u16(at)) : (offsets ? bytes.s8(at) : bytes.u8(at));
+        int32_t argument2 = words ? (offsets ? bytes.s16(at + 2) : bytes.u16(at + 2))
+                                  : (offsets ? bytes.s8(at + 1) : bytes.u8(at + 1));
+        at += words ? 4 : 2;
+        double a = 1, b = 0, c = 0, d = 1;
+        if (flags & kWeHaveAScale) {
+            a = d = F2Dot14(bytes.s16(at));
+            at += 2;
+        } else if (flags & kWeHaveAnXAndYScale) {
+            a = F2Dot14(bytes.s16(at));
+            d = F2Dot14(bytes.s16(at + 2));
+            at += 4;
+        } else if (flags & kWeHaveATwoByTwo) {
+            a = F2Dot14(bytes.s16(at));
+            b = F2Dot14(bytes.s16(at + 2));
+            c = F2Dot14(bytes.s16(at + 4));
+            d = F2Dot14(bytes.s16(at + 6));
+            at += 8;
+        }
+        // The component is placed first by its own transform alone, then moved by
+        // its offset, or so that its point argument2 lies on the composite's point
+        // argument1 (anchor points).
+        TDrawnOutline placed;
+        const double local[6] = {a, b, c, d, 0, 0};
+        AppendGLYFGlyph(component, local, depth + 1, placed);
+        double dx = 0, dy = 0;
+        if (offsets) {
+            dx = argument1;
+            dy = argument2;
+        } else if (static_cast<size_t>(argument1) < outline.points.size() &&
+                   static_cast<size_t>(argument2) < placed.points.size()) {
+            dx = outline.points[argument1].x - placed.points[argument2].x;
+            dy = outline.points[argument1].y - placed.points[argument2].y;
+        }
+        if (outline.points.size() + placed.points.size() > kMostDrawnPoints) return;
+        size_t base = outline.points.size();
+        for (const TDrawnPoint& point : placed.points) {
+            TDrawnPoint moved;
+            Transform(matrix, point.x + dx, point.y + dy, &moved.x, &moved.y);
+            moved.onCurve = point.onCurve;
+            outline.points.push_back(moved);
+        }
+        for (size_t end : placed.contourEnds) outline.contourEnds.push_back(base + end);
+    } while (flags & kMoreComponents);
+}
+
+TDrawnOutline TGlyphSource::Outline(uint32_t glyph) {
+    TDrawnOutline outline;
+    if (glyph >= fGlyphCount) return outline;
+    static constexpr double kIdentity[6] = {1, 0, 0, 1, 0, 0};
+    AppendGLYFGlyph(glyph, kIdentity, 0, outline);
+    return outline;
+}
+
+std::optional<uint16_t> TGlyphSource::Advance(uint32_t glyph) {
+    if (glyph >= fGlyphCount) return std::nullopt;
+    ErrorRecord record;
+    uint16_t advance = 0;
+    int16_t sideBearing = 0;
+    VellGetHMTXMetrics(fFont.Font(), glyph, &advance, &sideBearing, &record);
+    if (record.code != 0) return std::nullopt;
+    return advance;
+}
+
+std::string TGlyphSource::Name(uint32_t glyph) {
+    return OrNothing([&] { return fFont.GlyphName(glyph); }).value_or(std::string());
+}
+
+const std::vector<std::pair<uint32_t, uint16_t>>& TGlyphSource::UnicodeMappings() {
+    if (fMappings) return *fMappings;
+    fMappings.emplace();
+    fFirstCodes.assign(fGlyphCount, kNoCode);
+    uint32_t encoding = FindUnicodeEncoding(fFont.Font());
+    std::optional<VellHandle> cmap = OrNothing([&] { return fFont.CopyTable(Tag("cmap")); });
+    if (encoding == 0 || !cmap || !*cmap) return *fMappings;
+    ErrorRecord record;
+    uint16_t format = 0;
+    VellCGArray mappings = VellMakeCGArrayFromCMAPTable(*cmap, encoding, &format, &record);
+    if (record.code != 0) return *fMappings;
+    fMappings->reserve(mappings.size());
+    for (const VellCGPair& mapping : mappings) {
+        fMappings->emplace_back(mapping.code, mapping.glyph);
+        // Codes come in ascending order, so the first one kept is the lowest.
+        if (mapping.glyph < fFirstCodes.size() && fFirstCodes[mapping.glyph] == kNoCode)
+            fFirstCodes[mapping.glyph] = mapping.code;
+    }
+    return *fMappings;
+}
+
+std::optional<uint32_t> TGlyphSource::Unicode(uint32_t glyph) {
+    UnicodeMappings();
+    if (glyph >= fFirstCodes.size() || fFirstCodes[glyph] == kNoCode) return std::nullopt;
+    return fFirstCodes[glyph];
+}
+
+// ---- Figures ----
+
+std::string OutlinePathData(const TDrawnOutline& outline) {
+    std::string d;
+    auto at = [](const TDrawnPoint& point) { return Number(point.x) + " " + Number(point.y); };
+    size_t start = 0;
+    for (size_t end : outline.contourEnds) {
+        if (end <= start || end > outline.points.size()) continue;
+        const TDrawnPoint* contour = outline.points.data() + start;
+        size_t count = end - start;
+        start = end;
+        // The contour is walked from a point on the curve: its first, else its last,
+        // else (quadratic, every point off the curve) the one implied between them.
+        TDrawnPoint origin = contour[0];
+        size_t restStart = 1, restCount = count - 1;
+        if (!contour[0].onCurve && contour[count - 1].onCurve) {
+            origin = contour[count - 1];
+            restStart = 0;
+        } else if (!contour[0].onCurve) {
+            origin = {(contour[0].x + contour[count - 1].x) / 2, (contour[0].y + contour[count - 1].y) / 2, true};
+            restStart = 0;
+            restCount = count;
+        }
+        d += "M" + at(origin);
+        std::vector<TDrawnPoint> controls;
+        auto segmentTo = [&](const TDrawnPoint& point) {
+            if (controls.empty())
+                d += "L" + at(point);
+            else if (controls.size() == 1)
+                d += "Q" + at(controls[0]) + " " + at(point);
+            else
+                d += "C" + at(controls[0]) + " " + at(controls[1]) + " " + at(point);
+            controls.clear();
+        };
+        for (size_t k = 0; k < restCount; ++k) {
+            const TDrawnPoint& point = contour[(restStart + k) % count];
+            if (point.onCurve) {
+                segmentTo(point);
+            } else if (!outline.cubic && !controls.empty()) {
+                // Two quadratic controls in a row imply the on-curve point between them.
+                segmentTo({(controls[0].x + point.x) / 2, (controls[0].y + point.y) / 2, true});
+                controls.push_back(point);
+            } else if (controls.size() < 2) {
+                controls.push_back(point);
+            }
+        }
+        segmentTo(origin);
+        d += "Z";
+    }
+    return d;
+}
+
+std::string DrawGlyphFigure(const TGlyphSide& modified, const TGlyphSide& original, std::string_view note) {
+    DrawnSide mod = ReadSide(modified), orig = ReadSide(original);
+    TGlyphSource* metrics = modified.source ? modified.source : original.source;
+    if (metrics == nullptr) return {};
+    // The em box: the advance and the ascender and descender, widened to every point drawn.
+    Bounds box;
+    box.yMin = std::min(metrics->Descender(), 0);
+    box.yMax = std::max(metrics->Ascender(), metrics->UnitsPerEm() / 2);
+    box.xMax = metrics->UnitsPerEm() / 2.0;
+    for (const DrawnSide* side : {&mod, &orig}) {
+        if (side->advance) box.Add(*side->advance, 0);
+        for (const TDrawnPoint& point : side->outline.points) box.Add(point.x, point.y);
+    }
+    double margin = metrics->UnitsPerEm() / 20.0;
+    double width = box.xMax - box.xMin + 2 * margin, height = box.yMax - box.yMin + 2 * margin;
+    double scale = std::max(width, height);
+    double radius = metrics->UnitsPerEm() / 160.0;
+
+    // y up in font units: the group flips the axis, and the view box is given in
+    // the flipped coordinates.
+    std::string svg = "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"" + Number(box.xMin - margin) + " " +
+                      Number(-box.yMax - margin) + " " + Number(width) + " " + Number(height) + "\" width=\"" +
+                      Number(kFigurePixels * width / scale) + "\" height=\"" + Number(kFigurePixels * height / scale) +
+                      "\" style=\"--r:" + Number(radius) + "\"><g transform=\"scale(1 -1)\">";
+    svg += "<rect class=\"em\" x=\"" + Number(box.xMin) + "\" y=\"" + Number(metrics->Descender()) + "\" width=\"" +
+           Number(box.xMax - box.xMin) + "\" height=\"" + Number(metrics->Ascender() - metrics->Descender()) + "\"/>";
+    svg += "<line class=\"baseline\" x1=\"" + Number(box.xMin - margin) + "\" y1=\"0\" x2=\"" +
+           Number(box.xMax + margin) + "\" y2=\"0\"/>";
+    bool advancesDiffer = mod.present && orig.present && mod.advance != orig.advance;
+    for (auto [side, sideClass] : {std::pair{&orig, "orig"}, std::pair{&mod, "mod"}}) {
+        if (!side->present) continue;
+        svg += VellFormat("<path class=\"outline %s\" d=\"", sideClass) + OutlinePathData(side->outline) + "\"/>";
+        if (side->advance)
+            svg += VellFormat("<line class=\"advance %s%s\" x1=\"%u\" y1=\"%s\" x2=\"%u\" y2=\"%s\"/>", sideClass,
+                              advancesDiffer ? " changed" : "", *side->advance, Number(box.yMin - margin).c_str(),
+                              *side->advance, Number(box.yMax + margin).c_str());
+    }
+    if (orig.present) AppendPoints(svg, "orig", orig, nullptr, radius);
+    if (mod.present) AppendPoints(svg, "mod", mod, &orig, radius);
+    svg += "</g></svg>";
+
+    const TGlyphSide& named = modified.source ? modified : original;
+    std::string figure = VellFormat("<figure class=\"glyph\" data-glyph=\"%u\">", named.glyph) + svg + "<figcaption>";
+    if (modified.source) figure += GlyphCaption(modified, "mod");
+    if (original.source) figure += GlyphCaption(original, "orig");
+    if (!note.empty()) figure += "<div class=\"note\">" + HtmlEscape(note) + "</div>";
+    return figure + "</figcaption></figure>\n";
+}
+
+// ---- What a changed table draws ----
+
+namespace {
+
+// Collects figures up to the limit and counts the rest.
+class FigureList {
+public:
+    explicit FigureList(uint32_t limit) : fLimit(limit) {}
+    // Whether the next figure is drawn; counts it either way.
+    bool Take() { return fCount++ < fLimit; }
+    void Add(std::string figure) { fHtml += figure; }
+    std::string Finish(const char* what, uint32_t* drawn) {
+        *drawn = std::min(fCount, fLimit);
+        if (fCount > fLimit)
+            fHtml += VellFormat("<p class=\"more\">%u more %s not drawn (--html-max-drawings=%u).</p>\n",
+                                fCount - fLimit, what, fLimit);
+        return fHtml.empty() ? fHtml : "<div class=\"drawings\">\n" + fHtml + "</div>\n";
+    }
+
+private:
+    uint32_t fLimit;
+    uint32_t fCount = 0;
+    std::string fHtml;
+};
+
+// Every glyph whose outline bytes differ, as the 'glyf' account finds them, and
+// also a glyph whose outline only one font has, and the glyphs past the other
+// font's glyph count, each drawn alone.
+std::string DrawGLYFChanges(TGlyphSource& modified, TGlyphSource& original, uint32_t limit, uint32_t* drawn) {
+    FigureList figures(limit);
+    uint32_t shared = std::min(modified.GlyphCount(), original.GlyphCount());
+    for (uint32_t glyph = 0; glyph < shared; ++glyph) {
+        VellView modifiedBytes = modified.GLYFBytes(glyph), originalBytes = original.GLYFBytes(glyph);
+        if (modifiedBytes.empty() && originalBytes.empty()) continue;
+        if (!modifiedBytes.empty() && !originalBytes.empty() && !GLYFGlyphDataDiffer(modifiedBytes, originalBytes))
+            continue;
+        if (!figures.Take()) continue;
+        const char* note = modifiedBytes.empty()   ? "No outline in the modified font"
+                           : originalBytes.empty() ? "No outline in the original font"
+                                                   : "";
+        figures.Add(DrawGlyphFigure({&modified, glyph}, {&original, glyph}, note));
+    }
+    for (uint32_t glyph = shared; glyph < modified.GlyphCount(); ++glyph)
+        if (figures.Take()) figures.Add(DrawGlyphFigure({&modified, glyph}, {}, "Added glyph"));
+    for (uint32_t glyph = shared; glyph < original.GlyphCount(); ++glyph)
+        if (figures.Take()) figures.Add(DrawGlyphFigure({}, {&original, glyph}, "Deleted glyph"));
+    return figures.Finish("changed glyphs are", drawn);
+}
+
+// Every glyph of both fonts whose advance width differs.
+std::string DrawAdvanceChanges(TGlyphSource& modified, TGlyphSource& original, uint32_t limit, uint32_t* drawn) {
+    FigureList figures(limit);
+    uint32_t shared = std::min(modified.GlyphCount(), original.GlyphCount());
+    for (uint32_t glyph = 0; glyph < shared; ++glyph) {
+        if (modified.Advance(glyph) == original.Advance(glyph) || !figures.Take()) continue;
+        figures.Add(DrawGlyphFigure({&modified, glyph}, {&original, glyph}, "Advance width changed"));
+    }
+    return figures.Finish("changed advance widths are", drawn);
+}
+
+// The Unicode mappings of both fonts walked together: a code only one font maps
+// shows that font's glyph, a code mapped to another glyph shows both.
+std::string DrawMappingChanges(TGlyphSource& modified, TGlyphSource& original, uint32_t limit, uint32_t* drawn) {
+    FigureList figures(limit);
+    const auto& modifiedMappings = modified.UnicodeMappings();
+    const auto& originalMappings = original.UnicodeMappings();
+    auto m = modifiedMappings.begin(), o = originalMappings.begin();
+    while (m != modifiedMappings.end() || o != originalMappings.end()) {
+        if (o == originalMappings.end() || (m != modifiedMappings.end() && m->first < o->first)) {
+            if (figures.Take())
+                figures.Add(DrawGlyphFigure({&modified, m->second}, {}, "Mapping added: " + UnicodeText(m->first)));
+            ++m;
+        } else if (m == modifiedMappings.end() || o->first < m->first) {
+            if (figures.Take())
+                figures.Add(DrawGlyphFigure({}, {&original, o->second}, "Mapping deleted: " + UnicodeText(o->first)));
+            ++o;
+        } else {
+            if (m->second != o->second && figures.Take())
+                figures.Add(DrawGlyphFigure({&modified, m->second}, {&original, o->second},
+                                            "Mapping changed: " + UnicodeText(m->first)));
+            ++m;
+            ++o;
+        }
+    }
+    return figures.Finish("changed mappings are", drawn);
+}
+
+}  // namespace
+
+std::string DrawTableChanges(VellTag tag, TGlyphSource& modified, TGlyphSource& original, uint32_t maxDrawings,
+                             uint32_t* drawn) {
+    *drawn = 0;
+    if (tag == Tag("glyf")) return DrawGLYFChanges(modified, original, maxDrawings, drawn);
+    if (tag == Tag("hmtx")) return DrawAdvanceChanges(modified, original, maxDrawings, drawn);
+    if (tag == Tag("cmap")) return DrawMappingChanges(modified, original, maxDrawings, drawn);
+    return {};
+}
+
+std::string HtmlEscape(std::string_view text) {
+    std::string escaped;
+    escaped.reserve(text.size());
+    for (char c : text) {
+        switch (c) {
+            case '&': escaped += "&amp;"; break;
+            case '<': escaped += "&lt;"; break;
+            case '>': escaped += "&gt;"; break;
+            case '"': escaped += "&quot;"; break;
+            case '\'': escaped += "&#39;"; break;
+            // Control characters other than tab and line ends have no place in a page.
+            default:
+                if (static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r')
+                    escaped += "&#xFFFD;";
+                else
+                    escaped += c;
+        }
+    }
+    return escaped;
+}

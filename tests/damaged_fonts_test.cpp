@@ -15,6 +15,7 @@
 #include "VellDumpFonts.h"
 #include "dumpers/TTableDumper.h"
 #include "dumpers/TableHandlers.h"
+#include "html/HtmlPage.h"
 #include "support/Harness.h"
 
 namespace {
@@ -25,6 +26,10 @@ constexpr auto kRunLimit = std::chrono::seconds(10);
 constexpr int kVariantsPerTableAndDamage = 25;
 // One variant in this many also runs through the tools as a process.
 constexpr int kProcessEvery = 40;
+// One variant in this many is also compared with an --html page drawn, of at
+// most 50 figures per table and each table's account cut at its page limit.
+constexpr int kPageEvery = 5;
+constexpr size_t kMostPageBytes = 64u << 20;
 
 FontTables FontFile(const char* name) {
     std::string file = ReadFile(std::string(VELLCMP_SOURCE_DIR "/tests/fonts/") + name);
@@ -117,8 +122,22 @@ void DamageEveryTable(const FontTables& original, uint32_t seed) {
                 std::string what = "'" + tag + "', damage " + std::to_string(static_cast<int>(damage)) +
                                    ", round " + std::to_string(round);
                 ErrorRecord record;
-                ExpectAccountsWithinBudget(Report([&] { DiffFonts(modifiedFont.font(), originalFont.font(), &record); }),
-                                           what);
+                std::string report = Report([&] { DiffFonts(modifiedFont.font(), originalFont.font(), &record); });
+                ExpectAccountsWithinBudget(report, what);
+                // Drawn on a page, the same comparison prints the same report and a bounded page.
+                if (variant % kPageEvery == 0) {
+                    CapturedStream page;
+                    THtmlPage html(page.file(), 50);
+                    gHtmlPage = &html;
+                    html.BeginPair("modified.ttf", "original.ttf", modifiedFont.font(), originalFont.font());
+                    ClearUSN(&record);
+                    EXPECT_EQ(Report([&] { DiffFonts(modifiedFont.font(), originalFont.font(), &record); }), report)
+                        << what;
+                    html.EndPair();
+                    gHtmlPage = nullptr;
+                    EXPECT_TRUE(html.Finish());
+                    EXPECT_LT(page.Text().size(), kMostPageBytes) << what;
+                }
                 ClearUSN(&record);
                 ExpectAccountsWithinBudget(Report([&] { DiffFonts(originalFont.font(), modifiedFont.font(), &record); }),
                                            what);
@@ -126,6 +145,7 @@ void DamageEveryTable(const FontTables& original, uint32_t seed) {
                 if (variant % kProcessEvery != 0) continue;
                 std::string modifiedPath = dir.Write("modified.ttf", modifiedFile);
                 for (const RunResult& run : {RunVellcmp({"-p", "-u", originalPath, modifiedPath}),
+                                             RunVellcmp({"--html=" + dir.Path("page.html"), originalPath, modifiedPath}),
                                              RunVelldump({"-p", "-u", modifiedPath})})
                     EXPECT_TRUE(run.status == 0 || run.status == 1) << what << ": exit " << run.status << run.err;
             }

@@ -44,11 +44,10 @@ double F2Dot14(int16_t value) { return value / 16384.0; }
 std::string Number(double value) {
     if (!std::isfinite(value)) return "0";
     double rounded = std::round(value * 100) / 100;
-    char text[32];
-    if (rounded == std::floor(rounded))
-        std::snprintf(text, sizeof text, "%.0f", rounded);
-    else
-        std::snprintf(text, sizeof text, "%.2f", rounded);
+    if (rounded == 0) return "0";  // never "-0"
+    std::string text = VellFormat("%.2f", rounded);
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.') text.pop_back();
     return text;
 }
 

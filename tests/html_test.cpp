@@ -1,0 +1,148 @@
+// The --html page: outline path data, composites resolved from their
+// components, the page's escaping of font text, its limits, and the text report
+// left as it is beside it. scripts/check-html.py loads a page in a browser.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "dumpers/TFontContext.h"
+#include "html/HtmlDrawings.h"
+#include "support/Harness.h"
+
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+// (0, 0) (0, 100) (100, 100): one contour on the curve, stored as word deltas.
+const Bytes kTriangle = {0, 1, 0, 0, 0, 0, 0, 100, 0, 100, 0, 2, 0, 0, 1, 1, 1, 0, 0, 0, 0, 0, 100, 0, 0, 0, 100, 0, 0};
+
+TableWriter Composite() { return TableWriter().U16(0xFFFF).U16(0).U16(0).U16(10).U16(10); }
+
+TDrawnOutline Contours(std::vector<TDrawnPoint> points, std::vector<size_t> ends, bool cubic = false) {
+    return {std::move(points), std::move(ends), cubic};
+}
+
+TEST(Html, OutlinePathData) {
+    const TDrawnPoint on00{0, 0, true}, on0100{0, 100, true}, on100100{100, 100, true}, off50{50, 150, false},
+        off100{100, 150, false}, off1000{100, 0, false}, off00{0, 0, false};
+    const struct { TDrawnOutline outline; std::string d; } cases[] = {
+        {Contours({on00, on0100, on100100}, {3}), "M0 0L0 100L100 100L0 0Z"},
+        {Contours({on00, off50, on100100}, {3}), "M0 0Q50 150 100 100L0 0Z"},
+        // Two quadratic controls in a row imply the on-curve point halfway between them.
+        {Contours({on00, off50, off100, on100100}, {4}), "M0 0Q50 150 75 150Q100 150 100 100L0 0Z"},
+        // A contour starting off the curve starts at its last point...
+        {Contours({off50, on100100, on00}, {3}), "M0 0Q50 150 100 100L0 0Z"},
+        // ...or, with no point on the curve at either end, between them.
+        {Contours({off00, off50, off1000}, {3}), "M50 0Q0 0 25 75Q50 150 75 75Q100 0 50 0Z"},
+        {Contours({on00, off50, off100, on100100}, {4}, true), "M0 0C50 150 100 150 100 100L0 0Z"},
+        // Two contours; an end before its start or past the points draws nothing.
+        {Contours({on00, on0100, on100100, on00}, {2, 2, 4, 9}), "M0 0L0 100L0 0ZM100 100L0 0L100 100Z"},
+        // Composite offsets leave fractions, kept to a hundredth.
+        {Contours({{0.125, 1.0 / 3, true}, {2.5, -7.999, true}}, {2}), "M0.13 0.33L2.5 -8L0.13 0.33Z"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(OutlinePathData(c.outline), c.d) << c.d;
+}
+
+// The points a source resolves for glyph 2 of a font of kTriangle and `glyph`.
+std::vector<std::pair<double, double>> ResolvedPoints(const Bytes& glyph) {
+    LoadedFont font(GlyphFont({{}, kTriangle, glyph}));
+    TFontContext context(font.font());
+    TGlyphSource source(context);
+    std::vector<std::pair<double, double>> points;
+    for (const TDrawnPoint& point : source.Outline(2).points) points.emplace_back(point.x, point.y);
+    return points;
+}
+
+TEST(Html, CompositesDrawResolved) {
+    using Points = std::vector<std::pair<double, double>>;
+    const struct { const char* what; Bytes glyph; Points points; } cases[] = {
+        {"byte offsets (ARGS_ARE_XY_VALUES), negative x", Composite().U16(0x0002).U16(1).U8(0xFD).U8(4),
+         {{-3, 4}, {-3, 104}, {97, 104}}},
+        {"word offsets and a half scale", Composite().U16(0x000B).U16(1).U16(10).U16(0xFFF6).U16(0x2000),
+         {{10, -10}, {10, 40}, {60, 40}}},
+        {"an x and y scale", Composite().U16(0x0042).U16(1).U8(0).U8(0).U16(0x8000).U16(0x4000),
+         {{0, 0}, {0, 100}, {-200, 100}}},
+        {"a two by two swapping the axes", Composite().U16(0x0082).U16(1).U8(0).U8(0).U16(0).U16(0x4000).U16(0x4000).U16(0),
+         {{0, 0}, {100, 0}, {100, 100}}},
+        // The second copy is placed by matching its point 0 to the first copy's point 2.
+        {"two components, the second by anchor points",
+         Composite().U16(0x0022).U16(1).U8(0).U8(0).U16(0x0000).U16(1).U8(2).U8(0),
+         {{0, 0}, {0, 100}, {100, 100}, {100, 100}, {100, 200}, {200, 200}}},
+        {"a component naming itself ends at the nesting limit", Composite().U16(0x0002).U16(2).U8(0).U8(0), {}},
+        {"a record cut short", Composite().U16(0x0002), {}},
+    };
+    for (const auto& c : cases) EXPECT_EQ(ResolvedPoints(c.glyph), c.points) << c.what;
+}
+
+class HtmlRun : public ::testing::Test {
+protected:
+    // A pair whose glyphs 1 and 2 moved, whose glyph 3 lost its outline, and whose
+    // modified font names itself with markup.
+    HtmlRun() {
+        Bytes moved = kTriangle;
+        SetU16(moved, 21, 110);  // the third point's x delta
+        FontTables original = GlyphFont({{}, kTriangle, kTriangle, kTriangle});
+        FontTables modified = GlyphFont({{}, moved, moved, {}});
+        modified["name"] = MakeName({{1, "Sample"}, {4, kHostile}, {5, "Version 1.000"}});
+        originalPath = dir.Write("original.ttf", BuildSfnt(original));
+        modifiedPath = dir.Write("modified.ttf", BuildSfnt(modified));
+        plain = RunVellcmp({"--pair=index", originalPath, modifiedPath});
+    }
+    static constexpr const char* kHostile = "<script>alert('x')</script> & \"Co\"";
+    TempDir dir;
+    std::string originalPath, modifiedPath, page = dir.Path("page.html");
+    RunResult plain;
+};
+
+TEST_F(HtmlRun, FontTextIsEscapedAndTheReportGoesOnlyToO) {
+    std::string report = dir.Path("report.txt");
+    RunResult run = RunVellcmp({"--pair=index", "--html=" + page, "-o", report, originalPath, modifiedPath});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(ReadFile(report), plain.out);
+    std::string html = ReadFile(page);
+    EXPECT_THAT(html, Not(HasSubstr("<script")));
+    EXPECT_THAT(html, HasSubstr("&lt;script&gt;alert(&#39;x&#39;)&lt;/script&gt; &amp; &quot;Co&quot;"));
+    // Moved glyphs 1 and 2, and glyph 3 drawn alone; the account follows them.
+    EXPECT_THAT(html, HasSubstr("data-glyph=\"1\""));
+    EXPECT_THAT(html, HasSubstr("data-glyph=\"2\""));
+    EXPECT_THAT(html, HasSubstr("data-glyph=\"3\""));
+    EXPECT_THAT(html, HasSubstr("No outline in the modified font"));
+    EXPECT_THAT(html, HasSubstr("##### Table &#39;glyf&#39;"));
+    EXPECT_THAT(html, HasSubstr("</html>\n"));
+
+    // Without -o the page is the only output; standard error is as before.
+    run = RunVellcmp({"--pair=index", "--html=" + page, originalPath, modifiedPath});
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, plain.err);
+    EXPECT_EQ(ReadFile(page), html);
+}
+
+TEST_F(HtmlRun, DrawingLimitAndOptionMistakes) {
+    RunResult run = RunVellcmp({"--pair=index", "--html-max-drawings=1", "--html=" + page, originalPath, modifiedPath});
+    std::string html = ReadFile(page);
+    EXPECT_THAT(html, HasSubstr("data-glyph=\"1\""));
+    EXPECT_THAT(html, Not(HasSubstr("data-glyph=\"2\"")));
+    EXPECT_THAT(html, HasSubstr("2 more changed glyphs are not drawn (--html-max-drawings=1)."));
+
+    std::string font = ReadFile(originalPath);
+    const struct { std::vector<std::string> arguments; std::string err; } mistakes[] = {
+        {{"--html-max-drawings=12x"}, "#### ERROR:  Invalid drawing count \"12x\": use a number from 0 to 1000000\n"},
+        {{"--html-max-drawings=1000001"},
+         "#### ERROR:  Invalid drawing count \"1000001\": use a number from 0 to 1000000\n"},
+        {{"--html="}, "#### ERROR:  Cannot open output file \"\"\n"},
+        // The page never overwrites a font it compares.
+        {{"--html=" + originalPath, originalPath, modifiedPath},
+         "##### ERROR:  The output file \"" + originalPath + "\" is the font file \"" + originalPath +
+             "\"; it is left untouched\n"},
+    };
+    for (const auto& m : mistakes) {
+        std::vector<std::string> arguments = m.arguments;
+        if (arguments.size() == 1) arguments.insert(arguments.end(), {originalPath, modifiedPath});
+        RunResult mistaken = RunVellcmp(arguments);
+        EXPECT_EQ(mistaken.err.substr(0, m.err.size()), m.err) << m.arguments[0];
+    }
+    EXPECT_EQ(ReadFile(originalPath), font);
+}
+
+}  // namespace

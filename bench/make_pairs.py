@@ -4,12 +4,15 @@
 Each pair is an original and a modified font file, as a font engineer meets
 them in CI: an unchanged CJK collection, a Latin font with a few hundred glyphs
 edited, a CJK font with every advance width changed, a CJK font with every
-outline moved by one unit, and a family's Regular against its Bold. Both fonts
+outline moved by one unit, a family's Regular against its Bold, and for the
+layout accounts of --opentype Liberation Sans with its kerning edited and a Noto
+Sans CJK face with edited 'GPOS' and 'GSUB'. Both fonts
 of a pair are written by the same library, so that they differ only where the
 edit says.
 
 Usage: make_pairs.py DIRECTORY
 """
+import copy
 import os
 import shutil
 import sys
@@ -19,6 +22,8 @@ from fontTools.ttLib import TTFont
 DEJAVU = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
 DEJAVU_BOLD = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
 WQY = "/usr/share/fonts/truetype/wqy/wqy-zenhei.ttc"
+LIBERATION = "/usr/share/fonts/truetype/liberation2/LiberationSans-Regular.ttf"
+NOTO_CJK = "/usr/share/fonts/opentype/noto/NotoSansCJK-Regular.ttc"
 
 
 def load(path, number=-1):
@@ -94,6 +99,62 @@ def family(directory):
     save(bold, directory, "family-modified.ttf")
 
 
+def pair_adjustments(font):
+    """The PairPos subtables of a font's 'GPOS', Extension lookups followed."""
+    for lookup in font["GPOS"].table.LookupList.Lookup:
+        for subtable in lookup.SubTable:
+            if lookup.LookupType == 9:
+                subtable = subtable.ExtSubTable
+            if subtable.LookupType == 2:
+                yield subtable
+
+
+def kerning(directory):
+    # Liberation Sans with three kerning values changed and one pair added (DejaVu
+    # Sans kerns by classes only, where one value stands for many pairs).
+    save(load(LIBERATION), directory, "kerning-original.ttf")
+    modified = load(LIBERATION)
+    changed = 0
+    for subtable in pair_adjustments(modified):
+        if subtable.Format != 1:
+            continue
+        for pair_set in subtable.PairSet:
+            for record in pair_set.PairValueRecord:
+                if changed < 3 and getattr(record.Value1, "XAdvance", 0):
+                    record.Value1.XAdvance -= 10
+                    changed += 1
+        if changed == 3:
+            added = copy.deepcopy(subtable.PairSet[0].PairValueRecord[0])
+            added.SecondGlyph = "zero"
+            added.Value1.XAdvance = -33
+            subtable.PairSet[0].PairValueRecord.insert(0, added)
+            subtable.PairSet[0].PairValueCount += 1
+            break
+    save(modified, directory, "kerning-modified.ttf")
+
+
+def cjk_layout(directory):
+    # A Noto Sans CJK face with one single adjustment and one substitution edited.
+    save(load(NOTO_CJK, 0), directory, "cjk-layout-original.otf")
+    modified = load(NOTO_CJK, 0)
+    for lookup in modified["GPOS"].table.LookupList.Lookup:
+        subtables = [s.ExtSubTable if lookup.LookupType == 9 else s for s in lookup.SubTable]
+        singles = [s for s in subtables if s.LookupType == 1 and s.Format == 2]
+        if singles:
+            value = singles[0].Value[0]
+            field = next(f for f in ("XPlacement", "XAdvance", "YPlacement", "YAdvance") if hasattr(value, f))
+            setattr(value, field, getattr(value, field) + 5)
+            break
+    for lookup in modified["GSUB"].table.LookupList.Lookup:
+        subtables = [s.ExtSubTable if lookup.LookupType == 7 else s for s in lookup.SubTable]
+        singles = [s for s in subtables if s.LookupType == 1 and len(s.mapping) > 6]
+        if singles:
+            inputs = sorted(singles[0].mapping)
+            singles[0].mapping[inputs[5]] = singles[0].mapping[inputs[6]]
+            break
+    save(modified, directory, "cjk-layout-modified.otf")
+
+
 def main():
     if len(sys.argv) != 2:
         sys.exit(__doc__)
@@ -104,6 +165,8 @@ def main():
     cjk_font(directory, "cjk-advances", every_advance_wider)
     cjk_font(directory, "cjk-outlines", every_outline_moved)
     family(directory)
+    kerning(directory)
+    cjk_layout(directory)
 
 
 if __name__ == "__main__":

@@ -20,6 +20,11 @@ inline VellFontListRef ListFonts(std::vector<uint8_t> bytes) {
     return VellMakeFontListFromBytes(VellMappedFile::FromBytes(std::move(bytes)), &record);
 }
 
+// --opentype for about half the inputs, chosen by the low bit of the last byte,
+// which the fuzzer flips as freely as any other: the OpenType accounts and the
+// classic ones each get their share.
+inline void ChooseOpenType(const uint8_t* data, size_t size) { gOpenType = size > 0 && (data[size - 1] & 1); }
+
 // Glyph and character names on, the report discarded.
 inline void PrepareRun() {
     gReportFile = NullReport();

@@ -21,6 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     VellFontListRef fuzzed = ListFonts(std::vector<uint8_t>(data, data + size));
     if (!fuzzed) return 0;
     PrepareRun();
+    ChooseOpenType(data, size);
     VellFontRef real = RealFont().entries[0].font;
     for (const VellFontListEntry& entry : fuzzed->entries) {
         if (!NamesReadable(entry.font)) continue;

@@ -7,6 +7,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     VellFontListRef fuzzed = ListFonts(std::vector<uint8_t>(data, data + size));
     if (!fuzzed) return 0;
     PrepareRun();
+    ChooseOpenType(data, size);
     for (const VellFontListEntry& entry : fuzzed->entries) DumpFont(entry.font, {});
     return 0;
 }

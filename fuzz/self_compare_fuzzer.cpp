@@ -9,6 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     VellFontListRef original = ListFonts(bytes);
     if (!original) return 0;
     PrepareRun();
+    ChooseOpenType(data, size);
     VellFontRef font = original->entries[0].font;
     if (!NamesReadable(font)) return 0;
     // Table offsets count from the font's data: only a bare sfnt, whose data is

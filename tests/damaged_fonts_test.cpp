@@ -164,6 +164,16 @@ TEST(DamagedFonts, EveryTableOfAFontWithEveryHandledKind) {
     DamageEveryTable(font, 1123);
 }
 
+// The layout accounts exist only under --opentype.
+TEST(DamagedFonts, LayoutTablesUnderOpenType) {
+    struct OpenTypeRound {
+        OpenTypeRound() { gOpenType = 1; }
+        ~OpenTypeRound() { gOpenType = 0; }
+    } openType;
+    DamageEveryTable(FontFile("DejaVuSans-subset.ttf"), 20261124);
+    DamageEveryTable(EveryTableFont(), 1124);
+}
+
 TEST(DamagedFonts, EveryTableOfASmallBuiltFont) { DamageEveryTable(SampleFont(), 2026); }
 
 }  // namespace

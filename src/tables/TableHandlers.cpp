@@ -5,6 +5,9 @@
 
 #include "VellCmpErrors.h"
 #include "tables/EBSC.h"
+#include "tables/GDEF.h"
+#include "tables/GPOS.h"
+#include "tables/GSUB.h"
 #include "tables/OS2.h"
 #include "tables/bdat.h"
 #include "tables/cmap.h"
@@ -17,6 +20,7 @@
 #include "tables/hhea_vhea.h"
 #include "tables/hmtx_vmtx.h"
 #include "tables/hsty.h"
+#include "tables/kern.h"
 #include "tables/loca.h"
 #include "tables/maxp.h"
 #include "tables/mort_morx.h"
@@ -69,6 +73,12 @@ const TableHandler kTableHandlers[] = {
     {VellMakeTag("prop"), kClassic, MakeComparator<TPROPTableComparator>, MakeDumper<TPROPTableDumper>, kVelldump},
     {VellMakeTag("vhea"), kClassic, MakeComparator<TVHEATableComparator>, MakeDumper<TVHEATableDumper>, kVelldump},
     {VellMakeTag("vmtx"), kClassic, MakeComparator<TVMTXTableComparator>, MakeDumper<TVMTXTableDumper>, kVelldump},
+
+    // Under --opentype: the layout tables.
+    {VellMakeTag("GDEF"), kOpenType, MakeComparator<TGDEFTableComparator>, MakeDumper<TGDEFTableDumper>, kVelldump},
+    {VellMakeTag("GPOS"), kOpenType, MakeComparator<TGPOSTableComparator>, MakeDumper<TGPOSTableDumper>, kVelldump},
+    {VellMakeTag("GSUB"), kOpenType, MakeComparator<TGSUBTableComparator>, MakeDumper<TGSUBTableDumper>, kVelldump},
+    {VellMakeTag("kern"), kOpenType, MakeComparator<TKERNTableComparator>, MakeDumper<TKERNTableDumper>, kVelldump},
 
     // With --opentype velldump lists the tables whose comparisons already know every field.
     {VellMakeTag("OS/2"), kOpenType, nullptr, MakeDumper<TOS2TableDumper>, kVelldump},

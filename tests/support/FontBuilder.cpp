@@ -68,12 +68,13 @@ Bytes Directory(const FontTables& font, size_t dataStart, Bytes* data) {
     return header;
 }
 
+
+}  // namespace
+
 Bytes Joined(Bytes out, const Bytes& more) {
     out.insert(out.end(), more.begin(), more.end());
     return out;
 }
-
-}  // namespace
 
 Bytes BuildSfnt(const FontTables& font) {
     Bytes data;
@@ -314,6 +315,133 @@ Bytes MakeProp(uint16_t format, uint16_t defaultProperty, const std::vector<uint
     return prop;
 }
 
+// ---- Layout tables ----
+
+Bytes MakeGdef() {
+    return TableWriter()
+        .U32(0x00010002).U16(14).U16(0).U16(24).U16(0).U16(44)  // 0: header
+        .U16(1).U16(2).U16(2).U16(1).U16(3)                     // 14: ClassDef: 2 Base, 3 Mark
+        .U16(6).U16(1).U16(12).U16(1).U16(1).U16(2)             // 24: LigCaretList, coverage {2}
+        .U16(1).U16(4).U16(1).U16(300)                          // 36: LigGlyph, caret at 300
+        .U16(1).U16(1).U32(8).U16(1).U16(2).U16(2).U16(3);      // 44: mark glyph set {2, 3}
+}
+
+Bytes Coverage(const std::vector<uint16_t>& glyphs) {
+    TableWriter coverage;
+    coverage.U16(1).U16(static_cast<uint32_t>(glyphs.size()));
+    for (uint16_t glyph : glyphs) coverage.U16(glyph);
+    return coverage;
+}
+
+// ClassDef format 1 from glyph `start` on.
+Bytes ClassDef(uint16_t start, const std::vector<uint16_t>& classes) {
+    TableWriter classDef;
+    classDef.U16(1).U16(start).U16(static_cast<uint32_t>(classes.size()));
+    for (uint16_t value : classes) classDef.U16(value);
+    return classDef;
+}
+
+// A 'GSUB' or 'GPOS' with script 'latn' whose default language system lists every
+// feature, in order.
+Bytes LayoutTable(const std::vector<std::pair<std::string, std::vector<uint16_t>>>& features,
+                  const std::vector<TestLookup>& lookups) {
+    TableWriter langSys;
+    langSys.U16(0).U16(0xFFFF).U16(static_cast<uint32_t>(features.size()));
+    for (size_t i = 0; i < features.size(); ++i) langSys.U16(static_cast<uint32_t>(i));
+    Bytes scriptList = Joined(TableWriter().U16(1).Tag("latn").U16(8).U16(4).U16(0), langSys);
+
+    TableWriter featureList;
+    featureList.U16(static_cast<uint32_t>(features.size()));
+    Bytes featureTables;
+    for (const auto& [tag, indices] : features) {
+        featureList.Tag(tag.c_str()).U16(static_cast<uint32_t>(2 + 6 * features.size() + featureTables.size()));
+        TableWriter feature;
+        feature.U16(0).U16(static_cast<uint32_t>(indices.size()));
+        for (uint16_t index : indices) feature.U16(index);
+        featureTables = Joined(featureTables, feature);
+    }
+    Bytes featureBytes = Joined(featureList, featureTables);
+
+    TableWriter lookupList;
+    lookupList.U16(static_cast<uint32_t>(lookups.size()));
+    Bytes lookupTables;
+    for (const TestLookup& lookup : lookups) {
+        lookupList.U16(static_cast<uint32_t>(2 + 2 * lookups.size() + lookupTables.size()));
+        TableWriter header;
+        header.U16(lookup.type).U16(lookup.flag).U16(static_cast<uint32_t>(lookup.subtables.size()));
+        size_t at = 6 + 2 * lookup.subtables.size();
+        Bytes bodies;
+        for (const Bytes& subtable : lookup.subtables) {
+            header.U16(static_cast<uint32_t>(at + bodies.size()));
+            bodies = Joined(bodies, subtable);
+        }
+        lookupTables = Joined(lookupTables, Joined(header, bodies));
+    }
+    Bytes lookupBytes = Joined(lookupList, lookupTables);
+
+    uint32_t scriptAt = 10, featureAt = scriptAt + static_cast<uint32_t>(scriptList.size());
+    uint32_t lookupAt = featureAt + static_cast<uint32_t>(featureBytes.size());
+    Bytes table = TableWriter().U32(0x00010000).U16(scriptAt).U16(featureAt).U16(lookupAt);
+    return Joined(Joined(Joined(table, scriptList), featureBytes), lookupBytes);
+}
+
+// PairPos format 1 with X advance values: (first, [(second, value)]).
+Bytes PairPos1(const std::vector<std::pair<uint16_t, std::vector<std::pair<uint16_t, int16_t>>>>& sets) {
+    std::vector<uint16_t> firsts;
+    Bytes pairSets;
+    TableWriter head;
+    size_t headBytes = 10 + 2 * sets.size();
+    head.U16(1).U16(0).U16(4).U16(0).U16(static_cast<uint32_t>(sets.size()));
+    for (const auto& [first, pairs] : sets) {
+        firsts.push_back(first);
+        head.U16(static_cast<uint32_t>(headBytes + pairSets.size()));
+        TableWriter pairSet;
+        pairSet.U16(static_cast<uint32_t>(pairs.size()));
+        for (const auto& [second, value] : pairs) pairSet.U16(second).U16(static_cast<uint16_t>(value));
+        pairSets = Joined(pairSets, pairSet);
+    }
+    Bytes subtable = Joined(head, pairSets);
+    SetU16(subtable, 2, static_cast<uint16_t>(subtable.size()));
+    return Joined(subtable, Coverage(firsts));
+}
+
+// PairPos format 2 with X advance values: rows[class1][class2].
+Bytes PairPos2(const std::vector<uint16_t>& covered, const Bytes& classDef1, const Bytes& classDef2,
+               const std::vector<std::vector<int16_t>>& rows) {
+    TableWriter head;
+    head.U16(2).U16(0).U16(4).U16(0).U16(0).U16(0).U16(static_cast<uint32_t>(rows.size()))
+        .U16(static_cast<uint32_t>(rows[0].size()));
+    for (const auto& row : rows)
+        for (int16_t value : row) head.U16(static_cast<uint16_t>(value));
+    Bytes subtable = head;
+    SetU16(subtable, 2, static_cast<uint16_t>(subtable.size()));
+    subtable = Joined(subtable, Coverage(covered));
+    SetU16(subtable, 8, static_cast<uint16_t>(subtable.size()));
+    subtable = Joined(subtable, classDef1);
+    SetU16(subtable, 10, static_cast<uint16_t>(subtable.size()));
+    return Joined(subtable, classDef2);
+}
+
+// SingleSubst format 2.
+Bytes SingleSubst(const std::vector<uint16_t>& from, const std::vector<uint16_t>& to) {
+    TableWriter head;
+    head.U16(2).U16(static_cast<uint32_t>(6 + 2 * to.size())).U16(static_cast<uint32_t>(to.size()));
+    for (uint16_t glyph : to) head.U16(glyph);
+    return Joined(head, Coverage(from));
+}
+
+// LigatureSubst with one ligature set of one ligature: components -> ligature.
+Bytes LigatureSubst(const std::vector<uint16_t>& components, uint16_t ligature) {
+    TableWriter table;
+    table.U16(1).U16(0).U16(1).U16(8);                 // coverage patched below, one set at 8
+    table.U16(1).U16(4);                               // LigatureSet: one Ligature at 4
+    table.U16(ligature).U16(static_cast<uint32_t>(components.size()));
+    for (size_t i = 1; i < components.size(); ++i) table.U16(components[i]);
+    Bytes bytes = table;
+    SetU16(bytes, 2, static_cast<uint16_t>(bytes.size()));
+    return Joined(bytes, Coverage({components[0]}));
+}
+
 FontTables EveryTableFont() {
     // Glyph A: one contour, (10, 20) (30, 40) on the curve, with PUSHB[1] 5 and SRP0.
     const Bytes side = {0, 1, 0, 10, 0, 20, 0, 30, 0, 40, 0, 1, 0, 3, 0xB0, 5, 0x10, 1, 1, 0, 10, 0, 20, 0, 20, 0, 20};
@@ -330,7 +458,12 @@ FontTables EveryTableFont() {
     font["gvar"] = MakeGvar(0, {0xAAAA, 0xBBBB, 1, 2, 3, 0x8002, 0x0C, 8, 0x8001, 0, 0, 6, 0x2003});
     font["hdmx"] = MakeHdmx({{12, 9, 6, 3, 9, 9}, {16, 12, 8, 4, 12, 12}});
     font["hsty"] = TableWriter().U32(0x00010000).U16(0).U16(40).U16(20).Zeros(12);
-    font["kern"] = TableWriter().U32(0xFFFFFFF0).Append(Bytes(20, 3));
+    font["GDEF"] = MakeGdef();
+    font["GPOS"] = LayoutTable({{"kern", {0}}}, {{2, {PairPos1({{1, {{2, -40}}}, {2, {{1, 15}}}})}}});
+    font["GSUB"] = LayoutTable({{"liga", {0}}, {"smcp", {1}}}, {{4, {LigatureSubst({1, 2}, 3)}}, {1, {SingleSubst({1}, {2})}}});
+    // A 16-bit version 'kern' of one format 0 subtable: (2, 3) -80.
+    font["kern"] = TableWriter().U16(0).U16(1).U16(0).U16(26).U16(0x0001).U16(2).U16(12).U16(1).U16(0)
+        .U16(2).U16(3).U16(0xFFB0).U16(3).U16(2).U16(0);
     font["mort"] = MakeMetamorphosis(kMort);
     font["morx"] = MakeMetamorphosis(kMorx);
     font["prop"] = MakeProp(1, 0, {0, 1, 1, 1, 2, 0x0101});

@@ -38,6 +38,7 @@ struct FontTables {
     void Remove(const std::string& tag);
 };
 
+Bytes Joined(Bytes head, const Bytes& tail);
 Bytes BuildSfnt(const FontTables& font);
 Bytes BuildCollection(const std::vector<FontTables>& fonts);
 Bytes BuildResourceFork(const std::vector<FontTables>& fonts);
@@ -92,9 +93,34 @@ Bytes MakeMetamorphosis(MetamorphosisFormat format);
 // A 'prop' whose format says whether the lookup (given in 16-bit words) is used.
 Bytes MakeProp(uint16_t format, uint16_t defaultProperty, const std::vector<uint16_t>& lookup = {});
 
-// SampleFont with one table of every tag the handler table has a row for, and a
-// 'kern', which has none, in directory order: the font the damaged-font rounds
-// break table by table and a seed for the fuzzers. A new handler adds its table here.
+// ---- Layout tables ----
+// A 'GDEF' 1.2: glyph 2 Base, 3 Mark, a caret at 300 on glyph 2, a mark glyph set {2, 3}.
+Bytes MakeGdef();
+struct TestLookup {
+    uint16_t type;
+    std::vector<Bytes> subtables;
+    uint16_t flag = 0;
+};
+Bytes Coverage(const std::vector<uint16_t>& glyphs);
+// ClassDef format 1 from glyph `start` on.
+Bytes ClassDef(uint16_t start, const std::vector<uint16_t>& classes);
+// A 'GSUB' or 'GPOS' with script 'latn' whose default language system lists every
+// feature, in order.
+Bytes LayoutTable(const std::vector<std::pair<std::string, std::vector<uint16_t>>>& features,
+                  const std::vector<TestLookup>& lookups);
+// PairPos format 1 with X advance values: (first, [(second, value)]).
+Bytes PairPos1(const std::vector<std::pair<uint16_t, std::vector<std::pair<uint16_t, int16_t>>>>& sets);
+// PairPos format 2 with X advance values: rows[class1][class2].
+Bytes PairPos2(const std::vector<uint16_t>& covered, const Bytes& classDef1, const Bytes& classDef2,
+               const std::vector<std::vector<int16_t>>& rows);
+// SingleSubst format 2.
+Bytes SingleSubst(const std::vector<uint16_t>& from, const std::vector<uint16_t>& to);
+// LigatureSubst with one ligature set of one ligature: components -> ligature.
+Bytes LigatureSubst(const std::vector<uint16_t>& components, uint16_t ligature);
+
+// SampleFont with one table of every tag the handler table has a row for, in
+// directory order: the font the damaged-font rounds break table by table and a
+// seed for the fuzzers. A new handler adds its table here.
 FontTables EveryTableFont();
 
 // ---- Files and processes ----

@@ -1,0 +1,124 @@
+#include "tables/LayoutAccount.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "VellCmpErrors.h"
+#include "framework/VellGlyphs.h"
+
+namespace {
+
+// A glyph as the report writes it: its number, and with -p its name, "36 (A)".
+class GlyphWriter {
+public:
+    explicit GlyphWriter(VellFontRef font) : fFont(font) {}
+    std::string operator()(uint16_t glyph) {
+        std::string text = std::to_string(glyph);
+        if (!gShowPostScriptNames) return text;
+        auto [found, inserted] = fNames.try_emplace(glyph);
+        if (inserted) {
+            int32_t status = VellGetGlyphName(fFont, glyph, &found->second);
+            if (status != 0) found->second = VellFormat("### BAD GLYPH NAME (error %d) ###", status);
+        }
+        return text + " (" + found->second + ")";
+    }
+
+private:
+    VellFontRef fFont;
+    std::unordered_map<uint16_t, std::string> fNames;
+};
+
+VellGlyphText TextOf(GlyphWriter& writer) {
+    return [&writer](uint16_t glyph) { return writer(glyph); };
+}
+
+// The two fonts' lists paired by name; a feature tag's list that has no namesake
+// (its language systems differ) pairs with the list of that tag sharing most of
+// its language systems. Lists of only one font pair with nothing.
+std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> PairLists(const VellLayoutAccount& modified,
+                                                                                      const VellLayoutAccount& original) {
+    std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> pairs;
+    std::vector<bool> taken(original.lists.size(), false);
+    for (const VellLayoutRuleList& list : modified.lists) {
+        const VellLayoutRuleList* partner = nullptr;
+        for (size_t i = 0; i < original.lists.size() && !partner; ++i) {
+            if (!taken[i] && original.lists[i].what == list.what) {
+                partner = &original.lists[i];
+                taken[i] = true;
+            }
+        }
+        pairs.push_back({&list, partner});
+    }
+    for (auto& [mine, theirs] : pairs) {
+        if (theirs || mine->tag.empty()) continue;
+        size_t best = 0, bestShared = 0;
+        for (size_t i = 0; i < original.lists.size(); ++i) {
+            const VellLayoutRuleList& candidate = original.lists[i];
+            if (taken[i] || candidate.tag != mine->tag) continue;
+            // A list of the whole tag (no language systems named) shares with any.
+            size_t shared = mine->langSystems.empty() || candidate.langSystems.empty() ? 1 : 0;
+            for (const std::string& langSys : mine->langSystems)
+                shared += std::count(candidate.langSystems.begin(), candidate.langSystems.end(), langSys);
+            if (shared > bestShared) best = i, bestShared = shared;
+        }
+        if (bestShared > 0) {
+            theirs = &original.lists[best];
+            taken[best] = true;
+        }
+    }
+    for (size_t i = 0; i < original.lists.size(); ++i)
+        if (!taken[i]) pairs.push_back({nullptr, &original.lists[i]});
+    return pairs;
+}
+
+void PrintCut(TTableDumper& dumper, const char* font) {
+    dumper.PrintLine(VellFormat("### The %s account was cut: the table holds more rules than its size allows listing.",
+                                font),
+                     true);
+}
+
+}  // namespace
+
+void DumpLayoutAccount(TTableDumper& dumper, const VellLayoutAccount& account) {
+    GlyphWriter writer(dumper.GetFont());
+    VellGlyphText text = TextOf(writer);
+    for (const VellLayoutRuleList& list : account.lists) {
+        dumper.PrintLine("### " + list.what + ":", true);
+        for (const VellLayoutRule& rule : list.rules) dumper.PrintStringField(1, rule.label, VellLayoutRuleText(rule, text));
+    }
+    if (account.cut) PrintCut(dumper, "table's");
+}
+
+void CompareLayoutAccounts(TTableComparator& comparator, const VellLayoutAccount& modified,
+                           const VellLayoutAccount& original) {
+    VellGlyphIdentity modifiedGlyphs = VellLayoutGlyphIdentity(comparator.GetModifiedFont());
+    VellGlyphIdentity originalGlyphs = VellLayoutGlyphIdentity(comparator.GetOriginalFont());
+    GlyphWriter modifiedWriter(comparator.GetModifiedFont()), originalWriter(comparator.GetOriginalFont());
+    VellGlyphText modifiedText = TextOf(modifiedWriter), originalText = TextOf(originalWriter);
+
+    for (const auto& [mine, theirs] : PairLists(modified, original)) {
+        VellLayoutDelta delta = VellCompareLayoutRules(mine, theirs, modifiedGlyphs, originalGlyphs);
+        // Added and changed rules are named as the modified font names their list.
+        const std::string& what = mine ? mine->what : theirs->what;
+        if (!delta.added.empty()) {
+            comparator.PrintLine("### Added " + what + " (in modified font and not original font):", true);
+            for (const VellLayoutRule* rule : delta.added)
+                comparator.PrintStringField(1, rule->label, VellLayoutRuleText(*rule, modifiedText));
+        }
+        if (!delta.deleted.empty()) {
+            comparator.PrintLine("### Deleted " + (theirs ? theirs->what : what) + " (in original font but not in modified font):",
+                                 true);
+            for (const VellLayoutRule* rule : delta.deleted)
+                comparator.PrintStringField(1, rule->label, VellLayoutRuleText(*rule, originalText));
+        }
+        if (!delta.changed.empty()) {
+            comparator.PrintLine("### Changed " + what + ":", true);
+            for (const auto& [mine, theirs] : delta.changed) {
+                comparator.PrintStringField(1, ModLabel(mine->label), VellLayoutRuleText(*mine, modifiedText));
+                comparator.PrintStringField(1, OrigLabel(theirs->label), VellLayoutRuleText(*theirs, originalText));
+            }
+        }
+    }
+    if (modified.cut) PrintCut(comparator, "modified font's");
+    if (original.cut) PrintCut(comparator, "original font's");
+}

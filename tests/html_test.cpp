@@ -145,4 +145,48 @@ TEST_F(HtmlRun, DrawingLimitAndOptionMistakes) {
     EXPECT_EQ(ReadFile(originalPath), font);
 }
 
+TEST(Html, KerningValuesAsTheLayoutAccountWritesThem) {
+    const struct { const char* value; int32_t firstPlacement, advance, secondPlacement; } cases[] = {
+        {"X advance -50", 0, -50, 0},
+        {"X placement -41, X advance -33", -41, -33, 0},
+        // The second glyph's advance moves nothing after the pair; its placement does.
+        {"X advance 7; second X placement 3, X advance 9", 0, 7, 3},
+        {"Y advance 20", 0, 0, 0},
+        {"X advance <device>", 0, 0, 0},
+    };
+    for (const auto& c : cases) {
+        TKerningValue value = ReadKerningValue(c.value);
+        EXPECT_EQ(value.firstPlacement, c.firstPlacement) << c.value;
+        EXPECT_EQ(value.advance, c.advance) << c.value;
+        EXPECT_EQ(value.secondPlacement, c.secondPlacement) << c.value;
+    }
+}
+
+// Under --opentype each pair the 'GPOS' account finds added, deleted or changed
+// is set in both fonts; without it, none is.
+TEST(Html, KerningPairsDrawnUnderOpenType) {
+    auto gpos = [](const std::vector<std::pair<uint16_t, std::vector<std::pair<uint16_t, int16_t>>>>& sets) {
+        FontTables font = GlyphFont({{}, kTriangle, kTriangle, kTriangle});
+        font["GPOS"] = LayoutTable({{"kern", {0}}}, {{2, {PairPos1(sets)}}});
+        return font;
+    };
+    TempDir dir;
+    std::string original = dir.Write("o.ttf", BuildSfnt(gpos({{2, {{3, -50}}}, {3, {{2, 7}}}})));
+    std::string modified = dir.Write("m.ttf", BuildSfnt(gpos({{2, {{1, 9}, {3, -80}}}})));
+    std::string page = dir.Path("page.html");
+    RunVellcmp({"--opentype", "--html=" + page, original, modified});
+    std::string html = ReadFile(page);
+    size_t figures = 0;
+    for (size_t at = html.find("<figure class=\"kern\">"); at != std::string::npos; at = html.find("<figure", at + 1))
+        ++figures;
+    EXPECT_EQ(figures, 3u);
+    EXPECT_THAT(html, HasSubstr("glyph 2 <span class=\"name\">A</span> glyph 1 <span class=\"name\">space</span> kerned 9"));
+    EXPECT_THAT(html, HasSubstr("glyph 2 <span class=\"name\">A</span> glyph 3 <span class=\"name\">B</span> kerned -80"));
+    EXPECT_THAT(html, HasSubstr("glyph 2 <span class=\"name\">A</span> glyph 3 <span class=\"name\">B</span> kerned -50"));
+    EXPECT_THAT(html, HasSubstr("glyph 3 <span class=\"name\">B</span> glyph 2 <span class=\"name\">A</span> not kerned"));
+
+    RunVellcmp({"--html=" + page, original, modified});
+    EXPECT_THAT(ReadFile(page), Not(HasSubstr("<figure class=\"kern\">")));
+}
+
 }  // namespace

@@ -1,13 +1,17 @@
 #include "html/HtmlDrawings.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
-#include <map>
+#include <cstring>
+#include <set>
 
 #include "VellCmpErrors.h"
 #include "dumpers/TTableDumper.h"
 #include "framework/VellEncodings.h"
 #include "framework/VellGlyphs.h"
+#include "framework/VellLayout.h"
+#include "tables/LayoutAccount.h"
 #include "tables/glyf.h"
 
 namespace {
@@ -409,6 +413,82 @@ std::string DrawGlyphFigure(const TGlyphSide& modified, const TGlyphSide& origin
     return figure + "</figcaption></figure>\n";
 }
 
+TKerningValue ReadKerningValue(std::string_view value) {
+    auto number = [](std::string_view text, std::string_view label) {
+        int32_t found = 0;
+        size_t at = text.find(label);
+        if (at != std::string_view::npos) {
+            std::string_view digits = text.substr(at + label.size());
+            std::from_chars(digits.data(), digits.data() + digits.size(), found);
+        }
+        return found;
+    };
+    size_t second = value.find("; second ");
+    std::string_view first = value.substr(0, second);
+    TKerningValue read{number(first, "X placement "), number(first, "X advance "), 0};
+    if (second != std::string_view::npos) read.secondPlacement = number(value.substr(second), "X placement ");
+    return read;
+}
+
+std::string DrawKerningFigure(const TKerningSide& modified, const TKerningSide& original) {
+    TGlyphSource* metrics = modified.source ? modified.source : original.source;
+    if (metrics == nullptr) return {};
+    struct Row {
+        const TKerningSide* side;
+        const char* sideClass;
+        TDrawnOutline first, second;
+        double firstAt = 0, secondAt = 0, end = 0;
+    };
+    Row rows[] = {{&original, "orig", {}, {}}, {&modified, "mod", {}, {}}};
+    double right = 0;
+    for (Row& row : rows) {
+        TGlyphSource& source = *row.side->source;
+        row.first = source.Outline(row.side->first);
+        row.second = source.Outline(row.side->second);
+        const TKerningValue& value = row.side->value;
+        row.firstAt = value.firstPlacement;
+        row.secondAt = source.Advance(row.side->first).value_or(0) + value.advance + value.secondPlacement;
+        row.end = row.secondAt + source.Advance(row.side->second).value_or(0);
+        right = std::max(right, row.end);
+    }
+    double margin = metrics->UnitsPerEm() / 10.0;
+    double rowHeight = std::max(metrics->Ascender() - metrics->Descender(), metrics->UnitsPerEm() / 2);
+    double width = right + 2 * margin, height = 2 * rowHeight + 3 * margin;
+    double scale = std::max(width, height);
+    std::string svg = "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"" + Number(-margin) + " 0 " + Number(width) +
+                      " " + Number(height) + "\" width=\"" + Number(1.5 * kFigurePixels * width / scale) + "\" height=\"" +
+                      Number(1.5 * kFigurePixels * height / scale) + "\" style=\"--r:" +
+                      Number(metrics->UnitsPerEm() / 160.0) + "\">";
+    for (size_t i = 0; i < std::size(rows); ++i) {
+        const Row& row = rows[i];
+        double baseline = margin + i * (rowHeight + margin) + metrics->Ascender();
+        svg += "<g transform=\"translate(0 " + Number(baseline) + ") scale(1 -1)\">";
+        svg += "<line class=\"baseline\" x1=\"0\" y1=\"0\" x2=\"" + Number(right) + "\" y2=\"0\"/>";
+        svg += VellFormat("<path class=\"outline %s\" transform=\"translate(", row.sideClass) + Number(row.firstAt) +
+               " 0)\" d=\"" + OutlinePathData(row.first) + "\"/>";
+        svg += VellFormat("<path class=\"outline %s\" transform=\"translate(", row.sideClass) + Number(row.secondAt) +
+               " 0)\" d=\"" + OutlinePathData(row.second) + "\"/>";
+        svg += "</g>";
+    }
+    svg += "</svg>";
+
+    auto setting = [](const TKerningSide& side, const char* label) {
+        std::string text = VellFormat("<div class=\"%s\"><b>%s</b> ", label[0] == 'm' ? "mod" : "orig", label);
+        for (uint16_t glyph : {side.first, side.second}) {
+            std::string name = side.source->Name(glyph);
+            text += VellFormat("glyph %u", glyph) +
+                    (name.empty() ? "" : " <span class=\"name\">" + HtmlEscape(name) + "</span>") + " ";
+        }
+        if (!side.kerned) return text + "not kerned</div>";
+        text += VellFormat("kerned %d", side.value.advance);
+        if (side.value.firstPlacement != 0) text += VellFormat(", first placed %d", side.value.firstPlacement);
+        if (side.value.secondPlacement != 0) text += VellFormat(", second placed %d", side.value.secondPlacement);
+        return text + "</div>";
+    };
+    return "<figure class=\"kern\">" + svg + "<figcaption>" + setting(modified, "mod") + setting(original, "orig") +
+           "<div class=\"note\">Original setting above, modified below</div></figcaption></figure>\n";
+}
+
 // ---- What a changed table draws ----
 
 namespace {
@@ -496,6 +576,76 @@ std::string DrawMappingChanges(TGlyphSource& modified, TGlyphSource& original, u
     return figures.Finish("changed mappings are", drawn);
 }
 
+VellLayoutAccount ReadPairs(TGlyphSource& source, VellTag tag) {
+    VellView table = OrNothing([&] { return source.Context().Table(tag); }).value_or(VellView());
+    return tag == Tag("kern") ? VellReadKern(table) : VellReadGPOS(table, source.GlyphCount());
+}
+
+// The glyph of `to` that stands for `glyph` of `from`: by name when both fonts
+// name every glyph (as the layout accounts match them), else by number.
+std::optional<uint16_t> Counterpart(uint16_t glyph, const VellGlyphIdentity& from, const VellGlyphIdentity& to,
+                                    uint32_t toCount) {
+    if (!from.names.empty() && !to.names.empty()) {
+        if (glyph >= from.names.size()) return std::nullopt;
+        auto found = std::find(to.names.begin(), to.names.end(), from.names[glyph]);
+        if (found == to.names.end()) return std::nullopt;
+        return static_cast<uint16_t>(found - to.names.begin());
+    }
+    if (glyph >= toCount) return std::nullopt;
+    return glyph;
+}
+
+// The pair rules the layout account finds added, deleted or changed, each pair
+// once however many feature lists and language systems hold it. A pair only one
+// font kerns is set unkerned in the other, with that font's own glyphs.
+std::string DrawKerningChanges(VellTag tag, TGlyphSource& modified, TGlyphSource& original, uint32_t limit,
+                               uint32_t* drawn) {
+    FigureList figures(limit);
+    VellLayoutAccount modifiedPairs = ReadPairs(modified, tag), originalPairs = ReadPairs(original, tag);
+    VellGlyphIdentity modifiedGlyphs = VellLayoutGlyphIdentity(modified.Context().Font());
+    VellGlyphIdentity originalGlyphs = VellLayoutGlyphIdentity(original.Context().Font());
+    auto isPair = [](const VellLayoutRule* rule) {
+        return std::strcmp(rule->label, "Pair") == 0 && rule->glyphs.size() >= 2;
+    };
+    auto sideOf = [](TGlyphSource& source, const VellLayoutRule* rule) {
+        return TKerningSide{&source, rule->glyphs[0], rule->glyphs[1], ReadKerningValue(rule->value), true};
+    };
+    // The unkerned pair in `to`, or in the kerning font's own glyphs when `to` lacks one of them.
+    auto unkerned = [](const TKerningSide& kerned, TGlyphSource& to, const VellGlyphIdentity& fromGlyphs,
+                       const VellGlyphIdentity& toGlyphs) {
+        std::optional<uint16_t> first = Counterpart(kerned.first, fromGlyphs, toGlyphs, to.GlyphCount());
+        std::optional<uint16_t> second = Counterpart(kerned.second, fromGlyphs, toGlyphs, to.GlyphCount());
+        if (!first || !second) return TKerningSide{kerned.source, kerned.first, kerned.second, {}, false};
+        return TKerningSide{&to, *first, *second, {}, false};
+    };
+    std::set<std::pair<std::string, std::string>> seen;
+    auto firstTime = [&](const VellLayoutRule* rule, const VellGlyphIdentity& glyphs) {
+        auto identity = [&](uint16_t glyph) {
+            return glyph < glyphs.names.size() ? glyphs.names[glyph] : std::to_string(glyph);
+        };
+        return seen.insert({identity(rule->glyphs[0]), identity(rule->glyphs[1])}).second;
+    };
+    for (const auto& [mine, theirs] : PairLayoutLists(modifiedPairs, originalPairs)) {
+        VellLayoutDelta delta = VellCompareLayoutRules(mine, theirs, modifiedGlyphs, originalGlyphs);
+        for (const VellLayoutRule* rule : delta.added) {
+            if (!isPair(rule) || !firstTime(rule, modifiedGlyphs) || !figures.Take()) continue;
+            TKerningSide side = sideOf(modified, rule);
+            figures.Add(DrawKerningFigure(side, unkerned(side, original, modifiedGlyphs, originalGlyphs)));
+        }
+        for (const VellLayoutRule* rule : delta.deleted) {
+            if (!isPair(rule) || !firstTime(rule, originalGlyphs) || !figures.Take()) continue;
+            TKerningSide side = sideOf(original, rule);
+            figures.Add(DrawKerningFigure(unkerned(side, modified, originalGlyphs, modifiedGlyphs), side));
+        }
+        for (const auto& [mineRule, theirRule] : delta.changed) {
+            if (!isPair(mineRule) || !isPair(theirRule) || !firstTime(mineRule, modifiedGlyphs) || !figures.Take())
+                continue;
+            figures.Add(DrawKerningFigure(sideOf(modified, mineRule), sideOf(original, theirRule)));
+        }
+    }
+    return figures.Finish("changed kerning pairs are", drawn);
+}
+
 }  // namespace
 
 std::string DrawTableChanges(VellTag tag, TGlyphSource& modified, TGlyphSource& original, uint32_t maxDrawings,
@@ -504,6 +654,8 @@ std::string DrawTableChanges(VellTag tag, TGlyphSource& modified, TGlyphSource& 
     if (tag == Tag("glyf")) return DrawGLYFChanges(modified, original, maxDrawings, drawn);
     if (tag == Tag("hmtx")) return DrawAdvanceChanges(modified, original, maxDrawings, drawn);
     if (tag == Tag("cmap")) return DrawMappingChanges(modified, original, maxDrawings, drawn);
+    if (gOpenType && (tag == Tag("GPOS") || tag == Tag("kern")))
+        return DrawKerningChanges(tag, modified, original, maxDrawings, drawn);
     return {};
 }
 

@@ -51,6 +51,7 @@ public:
     // The font's Unicode mapping: (code, glyph) in code order.
     const std::vector<std::pair<uint32_t, uint16_t>>& UnicodeMappings();
 
+    TFontContext& Context() { return fFont; }
     int32_t UnitsPerEm() const { return fUnitsPerEm; }
     int32_t Ascender() const { return fAscender; }
     int32_t Descender() const { return fDescender; }
@@ -80,11 +81,31 @@ struct TGlyphSide {
 };
 std::string DrawGlyphFigure(const TGlyphSide& modified, const TGlyphSide& original, std::string_view note);
 
+// One font's setting of a kerning pair: its two glyphs, the first one's x
+// placement and x advance adjustment, and the second one's x placement (zero
+// where the font has no rule).
+struct TKerningValue {
+    int32_t firstPlacement = 0, advance = 0, secondPlacement = 0;
+};
+struct TKerningSide {
+    TGlyphSource* source = nullptr;
+    uint16_t first = 0, second = 0;
+    TKerningValue value;
+    bool kerned = false;  // the font has a rule for the pair
+};
+// A kerning figure: the pair set as the original font sets it, then as the
+// modified font does, one row above the other.
+std::string DrawKerningFigure(const TKerningSide& modified, const TKerningSide& original);
+
+// A pair rule's value as the layout account writes it ("X placement 5, X advance
+// -80; second X placement 3").
+TKerningValue ReadKerningValue(std::string_view value);
+
 // The path data of an outline: quadratic or cubic segments, each contour closed.
 std::string OutlinePathData(const TDrawnOutline& outline);
 
 // The figures of a changed table whose changes can be drawn ('glyf', 'hmtx',
-// 'cmap'), at most maxDrawings of them, followed by a line counting the ones left
+// 'cmap', and under --opentype the pairs of 'GPOS' and 'kern'), at most maxDrawings of them, followed by a line counting the ones left
 // out; empty for any other table. *drawn receives the number of figures.
 std::string DrawTableChanges(VellTag tag, TGlyphSource& modified, TGlyphSource& original, uint32_t maxDrawings,
                              uint32_t* drawn);

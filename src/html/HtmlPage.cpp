@@ -32,7 +32,7 @@ tr.mod td:first-child, div.mod b { color: #1f5fbf; } tr.orig td:first-child, div
 pre.account { background: #f6f6f6; border: 1px solid #ddd; padding: .5em; overflow: auto; max-height: 40em;
   font: 12px/1.3 monospace; tab-size: 8; }
 .drawings { display: flex; flex-wrap: wrap; gap: .75em; }
-figure.glyph { margin: 0; border: 1px solid #ccc; padding: .25em; background: #fff; }
+figure.glyph, figure.kern { margin: 0; border: 1px solid #ccc; padding: .25em; background: #fff; }
 figcaption { font-size: 12px; max-width: 220px; overflow-wrap: anywhere; }
 figcaption .note { color: #555; font-style: italic; }
 svg .em { fill: #fafafa; stroke: #ddd; stroke-width: calc(var(--r) / 2); }

@@ -32,11 +32,16 @@ VellGlyphText TextOf(GlyphWriter& writer) {
     return [&writer](uint16_t glyph) { return writer(glyph); };
 }
 
-// The two fonts' lists paired by name; a feature tag's list that has no namesake
-// (its language systems differ) pairs with the list of that tag sharing most of
-// its language systems. Lists of only one font pair with nothing.
-std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> PairLists(const VellLayoutAccount& modified,
-                                                                                      const VellLayoutAccount& original) {
+void PrintCut(TTableDumper& dumper, const char* font) {
+    dumper.PrintLine(VellFormat("### The %s account was cut: the table holds more rules than its size allows listing.",
+                                font),
+                     true);
+}
+
+}  // namespace
+
+std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> PairLayoutLists(
+    const VellLayoutAccount& modified, const VellLayoutAccount& original) {
     std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> pairs;
     std::vector<bool> taken(original.lists.size(), false);
     for (const VellLayoutRuleList& list : modified.lists) {
@@ -71,14 +76,6 @@ std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> Pai
     return pairs;
 }
 
-void PrintCut(TTableDumper& dumper, const char* font) {
-    dumper.PrintLine(VellFormat("### The %s account was cut: the table holds more rules than its size allows listing.",
-                                font),
-                     true);
-}
-
-}  // namespace
-
 void DumpLayoutAccount(TTableDumper& dumper, const VellLayoutAccount& account) {
     GlyphWriter writer(dumper.GetFont());
     VellGlyphText text = TextOf(writer);
@@ -96,7 +93,7 @@ void CompareLayoutAccounts(TTableComparator& comparator, const VellLayoutAccount
     GlyphWriter modifiedWriter(comparator.GetModifiedFont()), originalWriter(comparator.GetOriginalFont());
     VellGlyphText modifiedText = TextOf(modifiedWriter), originalText = TextOf(originalWriter);
 
-    for (const auto& [mine, theirs] : PairLists(modified, original)) {
+    for (const auto& [mine, theirs] : PairLayoutLists(modified, original)) {
         VellLayoutDelta delta = VellCompareLayoutRules(mine, theirs, modifiedGlyphs, originalGlyphs);
         // Added and changed rules are named as the modified font names their list.
         const std::string& what = mine ? mine->what : theirs->what;

@@ -1,5 +1,6 @@
 #include "html/HtmlPage.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <vector>
 
@@ -135,17 +136,16 @@ void THtmlPage::ListTable(TableList list, VellTag tag, uint32_t length, uint32_t
     }
 }
 
-void THtmlPage::AddAccount(std::string_view text) {
+void THtmlPage::AddAccount(std::string_view text, size_t size) {
     if (!fPair || fPair->changed.empty()) return;
     Pair::Section& section = fPair->changed.back();
     section.hasAccount = true;
-    bool cut = text.size() > kMostAccountBytes;
-    section.account = "<pre class=\"account\">" + HtmlEscape(WithoutColorCodes(text.substr(0, kMostAccountBytes))) +
-                      "</pre>\n";
-    if (cut)
+    text = text.substr(0, kMostAccountBytes);
+    section.account = "<pre class=\"account\">" + HtmlEscape(WithoutColorCodes(text)) + "</pre>\n";
+    if (size > text.size())
         section.account += VellFormat("<p class=\"cut\">The account is cut here, after %zu of its %zu bytes; the text "
                                       "report holds it whole.</p>\n",
-                                      kMostAccountBytes, text.size());
+                                      text.size(), size);
 }
 
 void THtmlPage::AddDrawings(VellTag tag, TFontContext& modified, TFontContext& original) {
@@ -200,28 +200,39 @@ bool THtmlPage::Finish() {
 
 // ---- The account's way to the page ----
 
+namespace {
+
+ssize_t PassOn(void* cookie, const char* bytes, size_t size) {
+    auto* passed = static_cast<TAccountCapture::Passed*>(cookie);
+    size_t written = std::fwrite(bytes, 1, size, gReportFile);
+    if (passed->kept.size() < THtmlPage::kMostAccountBytes)
+        passed->kept.append(bytes, std::min(size, THtmlPage::kMostAccountBytes - passed->kept.size()));
+    passed->size += size;
+    return static_cast<ssize_t>(written);
+}
+
+}  // namespace
+
 TAccountCapture::TAccountCapture() {
     fStream = gReportFile;
     if (gHtmlPage == nullptr) return;
-    FILE* memory = open_memstream(&fText, &fSize);
-    if (memory != nullptr) fStream = memory;
+    FILE* passing = fopencookie(&fPassed, "w", cookie_io_functions_t{nullptr, PassOn, nullptr, nullptr});
+    if (passing == nullptr) return;
+    // Large blocks, as the report stream itself is written.
+    std::setvbuf(passing, nullptr, _IOFBF, size_t{1} << 16);
+    fStream = passing;
 }
 
-TAccountCapture::~TAccountCapture() {
-    // An account cut short by a failure still reaches the report as far as it went.
-    if (fStream != gReportFile) Forward(false);
-}
+// An account cut short by a failure still reaches the report as far as it went.
+TAccountCapture::~TAccountCapture() { Close(); }
 
 void TAccountCapture::Finish() {
-    if (fStream != gReportFile) Forward(true);
+    bool captured = fStream != gReportFile;
+    Close();
+    if (captured && gHtmlPage != nullptr) gHtmlPage->AddAccount(fPassed.kept, fPassed.size);
 }
 
-void TAccountCapture::Forward(bool toPage) {
-    std::fclose(fStream);
+void TAccountCapture::Close() {
+    if (fStream != gReportFile) std::fclose(fStream);
     fStream = gReportFile;
-    std::fwrite(fText, 1, fSize, gReportFile);
-    if (toPage && gHtmlPage != nullptr) gHtmlPage->AddAccount({fText, fSize});
-    std::free(fText);
-    fText = nullptr;
-    fSize = 0;
 }

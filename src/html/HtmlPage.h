@@ -34,8 +34,9 @@ public:
     void BeginPair(const char* modifiedPath, const char* originalPath, VellFontRef modified, VellFontRef original);
     // A table in one of the pair's three lists; for a changed table both sizes.
     void ListTable(TableList list, VellTag tag, uint32_t length, uint32_t originalLength);
-    // The account of the changed table listed last, as the text report has it.
-    void AddAccount(std::string_view text);
+    // The account of the changed table listed last, as the text report has it:
+    // its first bytes (at most kMostAccountBytes) and its whole size.
+    void AddAccount(std::string_view text, size_t size);
     // The drawings of the changed table listed last, from both fonts.
     void AddDrawings(VellTag tag, TFontContext& modified, TFontContext& original);
     // The fonts' contexts are gone: what was read from them is dropped.
@@ -58,8 +59,10 @@ private:
 extern THtmlPage* gHtmlPage;
 
 // Where a changed table's account is written while the page is drawn: a stream
-// in memory whose text then goes on to the report stream unchanged, and to the
-// page. Without a page it is the report stream itself.
+// that passes every byte on to the report stream as it comes, and keeps the
+// account's first bytes for the page (a CJK font's 'glyf' account can run to
+// hundreds of megabytes, which are never held). Without a page it is the report
+// stream itself.
 class TAccountCapture {
 public:
     TAccountCapture();
@@ -68,12 +71,17 @@ public:
     TAccountCapture& operator=(const TAccountCapture&) = delete;
 
     FILE* Stream() const { return fStream; }
-    // Passes the account on to the report stream and to the page.
+    // Ends the account and hands it to the page.
     void Finish();
 
+    // What the stream has passed on (public for the stream's write function).
+    struct Passed {
+        std::string kept;
+        size_t size = 0;
+    };
+
 private:
-    void Forward(bool toPage);
+    void Close();
     FILE* fStream = nullptr;
-    char* fText = nullptr;
-    size_t fSize = 0;
+    Passed fPassed;
 };

@@ -142,9 +142,9 @@ void AppendPoints(std::string& svg, const char* sideClass, const DrawnSide& side
     svg += "</g>";
 }
 
-std::string GlyphCaption(const TGlyphSide& side, const char* label) {
-    std::string caption = VellFormat("<div class=\"%s\"><b>%s</b> glyph %u", label[0] == 'm' ? "mod" : "orig",
-                                     label, side.glyph);
+// The caption line of one side; sideClass ("mod" or "orig") is also its label.
+std::string GlyphCaption(const TGlyphSide& side, const char* sideClass) {
+    std::string caption = VellFormat("<div class=\"%s\"><b>%s</b> glyph %u", sideClass, sideClass, side.glyph);
     std::string name = side.source->Name(side.glyph);
     if (!name.empty()) caption += " <span class=\"name\">" + HtmlEscape(name) + "</span>";
     if (std::optional<uint32_t> code = side.source->Unicode(side.glyph)) caption += " " + UnicodeText(*code);
@@ -167,7 +167,8 @@ TGlyphSource::TGlyphSource(TFontContext& font) : fFont(font) {
     // A damaged em size falls back to the common 1000 so that the box stays drawable.
     uint16_t unitsPerEm = head.u16(kUnitsPerEmOffset);
     if (unitsPerEm >= 16) fUnitsPerEm = unitsPerEm;
-    if (hhea.size() > kDescenderOffset) {
+    // A damaged 'hhea' whose descender is not below its ascender gets an em box of its own.
+    if (hhea.size() > kDescenderOffset && hhea.s16(kAscenderOffset) > hhea.s16(kDescenderOffset)) {
         fAscender = hhea.s16(kAscenderOffset);
         fDescender = hhea.s16(kDescenderOffset);
     } else {
@@ -472,8 +473,8 @@ std::string DrawKerningFigure(const TKerningSide& modified, const TKerningSide& 
     }
     svg += "</svg>";
 
-    auto setting = [](const TKerningSide& side, const char* label) {
-        std::string text = VellFormat("<div class=\"%s\"><b>%s</b> ", label[0] == 'm' ? "mod" : "orig", label);
+    auto setting = [](const TKerningSide& side, const char* sideClass) {
+        std::string text = VellFormat("<div class=\"%s\"><b>%s</b> ", sideClass, sideClass);
         for (uint16_t glyph : {side.first, side.second}) {
             std::string name = side.source->Name(glyph);
             text += VellFormat("glyph %u", glyph) +

@@ -144,9 +144,15 @@ void DamageEveryTable(const FontTables& original, uint32_t seed) {
                 ExpectAccountsWithinBudget(Report([&] { DumpFont(modifiedFont.font(), {}); }), what);
                 if (variant % kProcessEvery != 0) continue;
                 std::string modifiedPath = dir.Write("modified.ttf", modifiedFile);
-                for (const RunResult& run : {RunVellcmp({"-p", "-u", originalPath, modifiedPath}),
-                                             RunVellcmp({"--html=" + dir.Path("page.html"), originalPath, modifiedPath}),
-                                             RunVelldump({"-p", "-u", modifiedPath})})
+                std::vector<std::string> switches = {"-p", "-u"};
+                if (gOpenType) switches.push_back("--opentype");
+                auto with = [&switches](std::vector<std::string> paths) {
+                    paths.insert(paths.begin(), switches.begin(), switches.end());
+                    return paths;
+                };
+                for (const RunResult& run : {RunVellcmp(with({originalPath, modifiedPath})),
+                                             RunVellcmp(with({"--html=" + dir.Path("page.html"), originalPath, modifiedPath})),
+                                             RunVelldump(with({modifiedPath}))})
                     EXPECT_TRUE(run.status == 0 || run.status == 1) << what << ": exit " << run.status << run.err;
             }
         }
@@ -175,5 +181,15 @@ TEST(DamagedFonts, LayoutTablesUnderOpenType) {
 }
 
 TEST(DamagedFonts, EveryTableOfASmallBuiltFont) { DamageEveryTable(SampleFont(), 2026); }
+
+// The variable tables' accounts ('fvar', 'avar', 'STAT', 'HVAR', 'MVAR', the 'gvar'
+// comparator) exist only under --opentype.
+TEST(DamagedFonts, EveryTableOfAVariableFontUnderOpenType) {
+    struct OpenTypeRound {
+        OpenTypeRound() { gOpenType = 1; }
+        ~OpenTypeRound() { gOpenType = 0; }
+    } openType;
+    DamageEveryTable(FontFile("variable.ttf"), 2111);
+}
 
 }  // namespace

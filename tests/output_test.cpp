@@ -71,6 +71,21 @@ TEST(PrintOperations, PrintExactly) {
     }
 }
 
+// F2Dot14 values (region peaks, 'avar' maps, tuple coordinates) as the shortest
+// decimal that reads back as the same value: a 16.16 formatter would print 9830
+// as 0.59998, six places as 0.599976.
+TEST(PrintOperations, ShortF2Dot14) {
+    const std::pair<int16_t, const char*> cases[] = {
+        {9830, "0.6"}, {16384, "1.0"}, {-16384, "-1.0"}, {0, "0.0"}, {10240, "0.625"},
+        {11796, "0.72"}, {1, "0.00006"}, {-1, "-0.00006"}, {-32768, "-2.0"}, {32767, "1.99994"},
+    };
+    for (const auto& [value, expected] : cases) {
+        std::string text;
+        AppendShortF2Dot14(text, value);
+        EXPECT_EQ(text, expected) << value;
+    }
+}
+
 TEST(PrintOperationsWithFont, GlyphAndNameFieldsUseTheFontsNames) {
     LoadedFont font(SampleFont());
     CapturedStream out;

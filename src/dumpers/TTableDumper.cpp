@@ -93,21 +93,32 @@ void AppendFixed(std::string& out, int32_t value) {
     out.append(at, end);
 }
 
-void AppendShortFixed(std::string& out, int32_t value) {
+namespace {
+
+// A fixed-point value of `unit` steps per whole as the shortest decimal that
+// reads back as the same value. Five places tell apart every step of 16.16 and
+// of F2Dot14, so the search always ends there.
+void AppendShortFraction(std::string& out, int32_t value, double unit) {
     int64_t scale = 1;
     int64_t scaled = 0;
     int decimals = 0;
     for (; decimals < 5; ++decimals, scale *= 10) {
-        scaled = std::llround(static_cast<double>(value) * static_cast<double>(scale) / 65536.0);
-        if (std::llround(static_cast<double>(scaled) * 65536.0 / static_cast<double>(scale)) == value) break;
+        scaled = std::llround(static_cast<double>(value) * static_cast<double>(scale) / unit);
+        if (std::llround(static_cast<double>(scaled) * unit / static_cast<double>(scale)) == value) break;
     }
-    if (decimals == 5) scaled = std::llround(static_cast<double>(value) * static_cast<double>(scale) / 65536.0);
+    if (decimals == 5) scaled = std::llround(static_cast<double>(value) * static_cast<double>(scale) / unit);
     uint64_t magnitude = scaled < 0 ? uint64_t{0} - static_cast<uint64_t>(scaled) : static_cast<uint64_t>(scaled);
     if (scaled < 0) out.push_back('-');
     AppendDecimal(out, static_cast<int64_t>(magnitude / static_cast<uint64_t>(scale)));
     out.push_back('.');
     AppendDecimal(out, static_cast<int64_t>(magnitude % static_cast<uint64_t>(scale)), std::max(decimals, 1));
 }
+
+}  // namespace
+
+void AppendShortFixed(std::string& out, int32_t value) { AppendShortFraction(out, value, 65536.0); }
+
+void AppendShortF2Dot14(std::string& out, int16_t value) { AppendShortFraction(out, value, 16384.0); }
 
 void AppendPoint(std::string& out, int32_t x, int32_t y) {
     out.append("( ");

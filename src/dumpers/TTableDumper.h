@@ -181,6 +181,8 @@ void AppendFixed(std::string& out, int32_t value);
 // A 16.16 value as the shortest decimal that reads back as the same value: 1.07,
 // -12.5, 1.0 (font tools write 16.16 values the same way).
 void AppendShortFixed(std::string& out, int32_t value);
+// An F2Dot14 value the same way: 9830 (0.59997...) prints 0.6, 16384 prints 1.0.
+void AppendShortF2Dot14(std::string& out, int16_t value);
 // "( x, y )" of two 16.16 values.
 void AppendPoint(std::string& out, int32_t x, int32_t y);
 

@@ -8,11 +8,16 @@
 #include "tables/GDEF.h"
 #include "tables/GPOS.h"
 #include "tables/GSUB.h"
+#include "tables/HVAR_VVAR.h"
+#include "tables/MVAR.h"
 #include "tables/OS2.h"
+#include "tables/STAT.h"
+#include "tables/avar.h"
 #include "tables/bdat.h"
 #include "tables/cmap.h"
 #include "tables/cvt.h"
 #include "tables/feat.h"
+#include "tables/fvar.h"
 #include "tables/glyf.h"
 #include "tables/gvar.h"
 #include "tables/hdmx.h"
@@ -79,6 +84,17 @@ const TableHandler kTableHandlers[] = {
     {VellMakeTag("GPOS"), kOpenType, MakeComparator<TGPOSTableComparator>, MakeDumper<TGPOSTableDumper>, kVelldump},
     {VellMakeTag("GSUB"), kOpenType, MakeComparator<TGSUBTableComparator>, MakeDumper<TGSUBTableDumper>, kVelldump},
     {VellMakeTag("kern"), kOpenType, MakeComparator<TKERNTableComparator>, MakeDumper<TKERNTableDumper>, kVelldump},
+
+    // Under --opentype: the variable tables; 'gvar' keeps its classic dumper.
+    {VellMakeTag("HVAR"), kOpenType, MakeComparator<THVARTableComparator>, MakeDumper<THVARTableDumper>, kVelldump},
+    {VellMakeTag("MVAR"), kOpenType, MakeComparator<TMVARTableComparator>, MakeDumper<TMVARTableDumper>, kVelldump},
+    {VellMakeTag("STAT"), kOpenType, MakeComparator<TSTATTableComparator>, MakeDumper<TSTATTableDumper>, kVelldump,
+     true},
+    {VellMakeTag("VVAR"), kOpenType, MakeComparator<TVVARTableComparator>, MakeDumper<TVVARTableDumper>, kVelldump},
+    {VellMakeTag("avar"), kOpenType, MakeComparator<TAVARTableComparator>, MakeDumper<TAVARTableDumper>, kVelldump},
+    {VellMakeTag("fvar"), kOpenType, MakeComparator<TFVARTableComparator>, MakeDumper<TFVARTableDumper>, kVelldump,
+     true},
+    {VellMakeTag("gvar"), kOpenType, MakeComparator<TGVARTableComparator>, nullptr},
 
     // With --opentype velldump lists the tables whose comparisons already know every field.
     {VellMakeTag("OS/2"), kOpenType, nullptr, MakeDumper<TOS2TableDumper>, kVelldump},

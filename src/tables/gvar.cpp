@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+#include "framework/VellGlyphData.h"
+#include "framework/VellTupleVariations.h"
+#include "tables/VariationReport.h"
+
 namespace {
 
 constexpr FieldRow kGvarHeaderRows[] = {
@@ -78,5 +82,164 @@ int32_t TGVARTableDumper::DumpTableContents() {
         header += size;
     }
     PrintLine("###End tuple variations", true);
+    return 0;
+}
+
+// ---- The 'gvar' comparator (--opentype) ----
+
+namespace {
+
+constexpr FieldRow kGvarComparedRows[] = {
+    {0, FieldKind::Version, "Version"},
+    {4, FieldKind::UInt16, "Axis count"},
+    {6, FieldKind::UInt16, "Shared tuple count"},
+    {12, FieldKind::UInt16, "Glyph count"},
+    {14, FieldKind::UInt16Hex, "Flags"},
+};
+constexpr size_t kAxisCountOffset = 4;
+constexpr size_t kSharedTupleCountOffset = 6;
+constexpr size_t kSharedTuplesOffset = 8;
+constexpr size_t kGlyphCountOffset = 12;
+constexpr size_t kDataArrayOffset = 16;
+
+// The glyph variation data of each glyph, and the shared tuples, as one font holds them.
+struct GlyphVariations {
+    VellView table;
+    uint16_t axisCount;
+    VellView sharedTuples;
+    size_t glyphCount;
+    bool longOffsets;
+
+    explicit GlyphVariations(VellView gvar)
+        : table(gvar),
+          axisCount(gvar.u16(kAxisCountOffset)),
+          sharedTuples(gvar.sub(gvar.u32(kSharedTuplesOffset),
+                                size_t{gvar.u16(kSharedTupleCountOffset)} * 2 * gvar.u16(kAxisCountOffset))),
+          longOffsets(gvar.u16(kFlagsOffset) & 1) {
+        // Each glyph needs the offset after its own.
+        size_t width = longOffsets ? 4 : 2;
+        size_t offsets = gvar.records_that_fit(kHeaderSize, size_t{gvar.u16(kGlyphCountOffset)} + 1, width);
+        glyphCount = offsets > 0 ? offsets - 1 : 0;
+    }
+    size_t Offset(size_t index) const {
+        return longOffsets ? table.u32(kHeaderSize + 4 * index) : size_t{table.u16(kHeaderSize + 2 * index)} * 2;
+    }
+    VellView Glyph(size_t glyph) const {
+        if (glyph >= glyphCount) return {};
+        size_t start = Offset(glyph), end = Offset(glyph + 1);
+        if (end <= start) return {};
+        return table.sub(size_t{table.u32(kDataArrayOffset)} + start, end - start);
+    }
+};
+
+// How many points each glyph's deltas cover, counted in the font's 'glyf'; 0 for
+// a font without outlines there, whose tuples over all points are split evenly.
+class OutlinePoints {
+public:
+    explicit OutlinePoints(VellFontRef font) {
+        if (font == nullptr) return;
+        ErrorRecord record;
+        fLocations = VellFindGlyphLocations(font, &record);
+        fReadable = record.code == 0 && !fLocations.glyf.empty();
+    }
+    size_t Count(size_t glyph) const {
+        if (!fReadable || glyph >= fLocations.glyphCount) return 0;
+        ErrorRecord record;
+        VellView bytes = VellGetTTGlyphBytes(fLocations, static_cast<uint32_t>(glyph), &record);
+        return record.code == 0 ? VellGlyphVariationPointCount(bytes) : 0;
+    }
+
+private:
+    VellGlyphLocations fLocations;
+    bool fReadable = false;
+};
+
+// The region of a tuple: the axes of its peak, and the intermediate start and end.
+std::string TupleText(const VellTupleVariation& tuple, const std::vector<VellTag>& axisTags) {
+    std::string text;
+    for (size_t axis = 0; axis < tuple.peak.size(); ++axis) {
+        if (tuple.peak[axis] == 0) continue;
+        if (!text.empty()) text += ", ";
+        text += AxisText(axisTags, axis) + " " + F2Dot14Text(tuple.peak[axis]);
+        if (tuple.intermediate)
+            text += " (" + F2Dot14Text(tuple.start[axis]) + " to " + F2Dot14Text(tuple.end[axis]) + ")";
+    }
+    return text.empty() ? "none" : text;
+}
+
+// Point numbers with their runs folded: "0-3, 7"; "all" for all points, listed
+// one by one or not (pointCount 0: the glyph's points are not known).
+std::string PointsText(const VellTupleVariation& tuple, size_t pointCount) {
+    std::string text;
+    const std::vector<uint16_t>& points = tuple.points.points;
+    bool everyPoint = pointCount != 0 && points.size() == pointCount;
+    for (size_t i = 0; everyPoint && i < points.size(); ++i) everyPoint = points[i] == i;
+    if (tuple.points.all || everyPoint) return "all";
+    for (size_t i = 0; i < points.size();) {
+        size_t j = i;
+        while (j + 1 < points.size() && points[j + 1] == points[j] + 1) ++j;
+        if (i > 0) text += ", ";
+        text += std::to_string(points[i]);
+        if (j > i) text += "-" + std::to_string(points[j]);
+        i = j + 1;
+    }
+    return text;
+}
+
+void AppendGlyphRecords(VariationRecords& records, const std::string& glyphName,
+                        const std::vector<VellTupleVariation>& tuples, const std::vector<VellTag>& axisTags,
+                        size_t pointCount) {
+    for (const VellTupleVariation& tuple : tuples) {
+        std::string region = TupleText(tuple, axisTags);
+        VariationRecord& record =
+            records.emplace_back(VariationRecord{glyphName + ", tuple " + region, glyphName + ", tuple " + region, {}});
+        // Whether the points are the glyph's shared ones or the tuple's own is a
+        // choice of encoding: it is shown, but two tuples over the same points are
+        // the same however they store them.
+        record.Note("Point numbers stored", tuple.privatePoints ? "private" : "shared");
+        record.Field("Point numbers", PointsText(tuple, pointCount));
+        for (size_t i = 0; i < tuple.x.size() && i < tuple.y.size(); ++i) {
+            size_t point = tuple.points.all ? i : tuple.points.points[i];
+            record.Field("Point " + std::to_string(point),
+                         "( " + std::to_string(tuple.x[i]) + ", " + std::to_string(tuple.y[i]) + " )");
+        }
+    }
+}
+
+}  // namespace
+
+int32_t TGVARTableComparator::DumpTableDeltas() {
+    if (!HasBothTables()) return 1;
+    VellView modifiedTable = GetTableView(), originalTable = GetOriginalTableView();
+    CompareFieldRows(1, kGvarComparedRows, modifiedTable, originalTable);
+    GlyphVariations modified(modifiedTable), original(originalTable);
+    std::vector<VellTag> modifiedAxes = FontAxisTags(GetModifiedContext()),
+                         originalAxes = FontAxisTags(GetOriginalContext());
+    // Glyphs whose bytes are equal are equal, unless the shared tuples they may
+    // name or the axes their tuples span are not.
+    bool sameContext = modified.axisCount == original.axisCount && modified.sharedTuples == original.sharedTuples &&
+                       modifiedAxes == originalAxes;
+    size_t allowance = 64 * (modifiedTable.size() + originalTable.size()) + (1 << 20);
+    OutlinePoints modifiedPoints(GetModifiedFont()), originalPoints(GetOriginalFont());
+    VariationRecords modifiedRecords, originalRecords;
+    size_t glyphCount = std::max(modified.glyphCount, original.glyphCount);
+    for (size_t glyph = 0; glyph < glyphCount && allowance > 0; ++glyph) {
+        VellView modifiedGlyph = modified.Glyph(glyph), originalGlyph = original.Glyph(glyph);
+        if (sameContext && modifiedGlyph == originalGlyph) continue;
+        std::string name = GlyphHeading(GetModifiedContext(), static_cast<uint32_t>(glyph));
+        size_t modifiedCount = modifiedPoints.Count(glyph), originalCount = originalPoints.Count(glyph);
+        AppendGlyphRecords(modifiedRecords, name,
+                           VellReadGlyphVariations(modifiedGlyph, modified.sharedTuples, modified.axisCount,
+                                                   modifiedCount, &allowance),
+                           modifiedAxes, modifiedCount);
+        AppendGlyphRecords(originalRecords, name,
+                           VellReadGlyphVariations(originalGlyph, original.sharedTuples, original.axisCount,
+                                                   originalCount, &allowance),
+                           originalAxes, originalCount);
+    }
+    MakeKeysUnique(modifiedRecords);
+    MakeKeysUnique(originalRecords);
+    CompareVariationRecords(*this, "glyph variations", modifiedRecords, originalRecords);
+    if (allowance == 0) PrintBudgetSpent(*this);
     return 0;
 }

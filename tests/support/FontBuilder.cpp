@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -442,6 +443,81 @@ Bytes LigatureSubst(const std::vector<uint16_t>& components, uint16_t ligature) 
     return Joined(bytes, Coverage({components[0]}));
 }
 
+// ---- Variable tables ----
+
+uint32_t Fixed(double value) { return static_cast<uint32_t>(static_cast<int32_t>(std::lround(value * 65536))); }
+uint32_t F2Dot14(double value) { return static_cast<uint16_t>(static_cast<int16_t>(std::lround(value * 16384))); }
+
+Bytes MakeFvar(const std::vector<AxisRow>& axes, const std::vector<InstanceRow>& instances) {
+    TableWriter fvar;
+    fvar.U32(0x00010000).U16(16).U16(2).U16(axes.size()).U16(20).U16(instances.size()).U16(6 + 4 * axes.size());
+    for (const AxisRow& axis : axes)
+        fvar.Tag(axis.tag).U32(Fixed(axis.minimum)).U32(Fixed(axis.defaultValue)).U32(Fixed(axis.maximum))
+            .U16(0).U16(axis.nameID);
+    for (const InstanceRow& instance : instances) {
+        fvar.U16(instance.nameID).U16(0);
+        for (double coordinate : instance.coordinates) fvar.U32(Fixed(coordinate));
+        fvar.U16(instance.postScriptNameID);
+    }
+    return fvar;
+}
+
+Bytes MakeAvar(const std::vector<std::pair<double, double>>& pairs) {
+    TableWriter avar;
+    avar.U32(0x00010000).U16(0).U16(1).U16(pairs.size());
+    for (auto [from, to] : pairs) avar.U16(F2Dot14(from)).U16(F2Dot14(to));
+    return avar;
+}
+
+Bytes MakeStore(const std::vector<std::pair<int8_t, int8_t>>& rows) {
+    TableWriter store;
+    store.U16(1).U32(12).U16(1).U32(28);
+    store.U16(1).U16(2).U16(0).U16(F2Dot14(1)).U16(F2Dot14(1)).U16(F2Dot14(-1)).U16(F2Dot14(-1)).U16(0);
+    store.U16(rows.size()).U16(0).U16(2).U16(0).U16(1);
+    for (auto [first, second] : rows) store.U8(static_cast<uint8_t>(first)).U8(static_cast<uint8_t>(second));
+    return store;
+}
+
+Bytes MakeStat(uint16_t elidedNameID, double linkedValue) {
+    TableWriter stat;
+    stat.U32(0x00010001).U16(8).U16(2).U32(20).U16(4).U32(36).U16(elidedNameID);
+    stat.Tag("wght").U16(256).U16(0).Tag("wdth").U16(257).U16(1);
+    stat.U16(8).U16(20).U16(40).U16(56);
+    stat.U16(1).U16(0).U16(0).U16(258).U32(Fixed(700));
+    stat.U16(2).U16(0).U16(0).U16(264).U32(Fixed(900)).U32(Fixed(800)).U32(Fixed(900));
+    stat.U16(3).U16(0).U16(2).U16(260).U32(Fixed(400)).U32(Fixed(linkedValue));
+    stat.U16(4).U16(2).U16(0).U16(265).U16(0).U32(Fixed(700)).U16(1).U32(Fixed(75));
+    return stat;
+}
+
+Bytes MakeMetricsVariations(bool vertical, int8_t item2) {
+    // 'VVAR' has a fourth map offset, for vertical origins.
+    uint32_t headerSize = vertical ? 24 : 20;
+    Bytes store = MakeStore({{10, -10}, {0, 0}, {20, item2}, {30, -30}});
+    TableWriter table;
+    table.U32(0x00010000).U32(headerSize).U32(0).U32(headerSize + store.size()).U32(0);
+    if (vertical) table.U32(0);
+    // A delta-set index map of format 0, one-byte entries of four inner bits.
+    return table.Append(store).U8(0).U8(0x00).U16(2).U8(0x01).U8(0x00);
+}
+
+Bytes MakeMvar(uint16_t xHeightItem) {
+    TableWriter mvar;
+    mvar.U32(0x00010000).U16(0).U16(8).U16(2).U16(28);
+    mvar.Tag("cpht").U16(0).U16(0).Tag("xhgt").U16(0).U16(xHeightItem);
+    return mvar.Append(MakeStore({{10, -10}, {0, 0}, {20, -20}, {30, -30}}));
+}
+
+FontTables VariableFont() {
+    FontTables font = SampleFont();
+    font["name"] = MakeName({{2, "Regular"}, {4, "Sample Regular"}, {256, "Weight"}, {257, "Width"},
+                             {258, "Bold"}, {259, "Sample-Bold"}, {260, "Regular"}, {261, "Sample-Regular"},
+                             {262, "Condensed"}, {263, "Sample-Condensed"}, {264, "Black"},
+                             {265, "Bold Condensed"}});
+    font["fvar"] = MakeFvar({{"wght", 100, 400, 900, 256}}, {{260, {400}, 261}, {258, {700}, 259}});
+    return font;
+}
+
 FontTables EveryTableFont() {
     // Glyph A: one contour, (10, 20) (30, 40) on the curve, with PUSHB[1] 5 and SRP0.
     const Bytes side = {0, 1, 0, 10, 0, 20, 0, 30, 0, 40, 0, 1, 0, 3, 0xB0, 5, 0x10, 1, 1, 0, 10, 0, 20, 0, 20, 0, 20};
@@ -454,6 +530,7 @@ FontTables EveryTableFont() {
     font["cmap"] = TableWriter().U16(0).U16(1).U16(1).U16(0).U32(12).U16(6).U16(14).U16(0).U16('A').U16(2)
         .U16(2).U16(3);
     font["cvt "] = TableWriter().U16(1).U16(0xFFF4).U16(300);
+    font["fvar"] = MakeFvar({{"wght", 100, 400, 900, 256}}, {{260, {400}, 261}, {258, {700}, 259}});
     font["feat"] = MakeFeat({{1, 0x8000, 1, {{0, 2}, {2, 4}}}, {3, 0xC000, 2, {{0, 1}}}, {3, 0x4000, 2, {{0, 1}}}});
     font["gvar"] = MakeGvar(0, {0xAAAA, 0xBBBB, 1, 2, 3, 0x8002, 0x0C, 8, 0x8001, 0, 0, 6, 0x2003});
     font["hdmx"] = MakeHdmx({{12, 9, 6, 3, 9, 9}, {16, 12, 8, 4, 12, 12}});
@@ -461,6 +538,11 @@ FontTables EveryTableFont() {
     font["GDEF"] = MakeGdef();
     font["GPOS"] = LayoutTable({{"kern", {0}}}, {{2, {PairPos1({{1, {{2, -40}}}, {2, {{1, 15}}}})}}});
     font["GSUB"] = LayoutTable({{"liga", {0}}, {"smcp", {1}}}, {{4, {LigatureSubst({1, 2}, 3)}}, {1, {SingleSubst({1}, {2})}}});
+    font["HVAR"] = MakeMetricsVariations(false, -20);
+    font["MVAR"] = MakeMvar(1);
+    font["STAT"] = MakeStat(2, 700);
+    font["VVAR"] = MakeMetricsVariations(true, -20);
+    font["avar"] = MakeAvar({{-1, -1}, {0, 0}, {0.5, 0.625}, {1, 1}});
     // A 16-bit version 'kern' of one format 0 subtable: (2, 3) -80.
     font["kern"] = TableWriter().U16(0).U16(1).U16(0).U16(26).U16(0x0001).U16(2).U16(12).U16(1).U16(0)
         .U16(2).U16(3).U16(0xFFB0).U16(3).U16(2).U16(0);

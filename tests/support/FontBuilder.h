@@ -118,6 +118,42 @@ Bytes SingleSubst(const std::vector<uint16_t>& from, const std::vector<uint16_t>
 // LigatureSubst with one ligature set of one ligature: components -> ligature.
 Bytes LigatureSubst(const std::vector<uint16_t>& components, uint16_t ligature);
 
+// ---- Variable tables ----
+// A 16.16 and an F2Dot14 value as their fields hold them.
+uint32_t Fixed(double value);
+uint32_t F2Dot14(double value);
+struct AxisRow {
+    const char* tag;
+    double minimum, defaultValue, maximum;
+    uint16_t nameID;
+};
+struct InstanceRow {
+    uint16_t nameID;
+    std::vector<double> coordinates;
+    uint16_t postScriptNameID;
+};
+// An 'fvar' 1.0 whose instance records end with a postScriptNameID.
+Bytes MakeFvar(const std::vector<AxisRow>& axes, const std::vector<InstanceRow>& instances);
+// An 'avar' 1.0 of one axis's segment map: (from, to) pairs.
+Bytes MakeAvar(const std::vector<std::pair<double, double>>& pairs);
+// An item variation store over one axis: regions +1 and -1, one subtable whose
+// items are the given rows of two byte deltas.
+Bytes MakeStore(const std::vector<std::pair<int8_t, int8_t>>& rows);
+// A 'STAT' 1.1 over 'wght' and 'wdth' with one axis value of each format: 1 "Bold"
+// 700, 2 "Black" 900 in 800 to 900, 3 "Regular" 400 linked to linkedValue, 4 "Bold
+// Condensed" at 700 and 75.
+Bytes MakeStat(uint16_t elidedNameID, double linkedValue);
+// An 'HVAR' (or with vertical a 'VVAR') over MakeStore's four items (10, -10) (0, 0)
+// (20, item2) (30, -30): advances reached implicitly, side bearings through a map
+// of glyph 0 to item 1 and glyph 1 on to item 0.
+Bytes MakeMetricsVariations(bool vertical, int8_t item2);
+// An 'MVAR' whose 'cpht' takes item 0 and 'xhgt' item xHeightItem of MakeStore's
+// rows (10, -10) (0, 0) (20, -20) (30, -30).
+Bytes MakeMvar(uint16_t xHeightItem);
+// SampleFont over 'wght' 100 to 900 (default 400) with instances "Regular" and
+// "Bold", and the names 256 to 265 that the variable tables' builders use.
+FontTables VariableFont();
+
 // SampleFont with one table of every tag the handler table has a row for, in
 // directory order: the font the damaged-font rounds break table by table and a
 // seed for the fuzzers. A new handler adds its table here.

@@ -43,6 +43,37 @@ TEST(Html, OutlinePathData) {
     for (const auto& c : cases) EXPECT_EQ(OutlinePathData(c.outline), c.d) << c.d;
 }
 
+TEST(Html, TupleDeltasMoveUnlistedPointsWithTheirNeighbours) {
+    // A square, then a contour with its middle point off the line between its ends.
+    const TDrawnOutline outline = Contours({{0, 0}, {0, 100}, {100, 100}, {100, 0}, {0, 0}, {50, 20}, {100, 100}}, {4, 7});
+    using Points = std::vector<std::pair<double, double>>;
+    const Points kSecondUnmoved = {{0, 0}, {50, 20}, {100, 100}};
+    auto with = [](Points square, const Points& second) {
+        square.insert(square.end(), second.begin(), second.end());
+        return square;
+    };
+    const struct { const char* what; std::vector<uint16_t> points; bool all; std::vector<int32_t> x, y; Points moved; } cases[] = {
+        {"all points, phantom points ignored", {}, true, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11},
+         {0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0}, {{1, 0}, {2, 100}, {103, 100}, {104, 0}, {5, 1}, {56, 20}, {107, 100}}},
+        {"one listed point moves its whole contour, and no other", {0}, false, {10}, {5},
+         with({{10, 5}, {10, 105}, {110, 105}, {110, 5}}, kSecondUnmoved)},
+        // Point 1 lies at the x of point 0, point 3 at the x of point 2.
+        {"beyond the listed neighbours a point moves as the nearer one", {0, 2}, false, {10, 30}, {0, 0},
+         with({{10, 0}, {10, 100}, {130, 100}, {130, 0}}, kSecondUnmoved)},
+        {"between them, in proportion", {4, 6}, false, {0, 100}, {0, 0},
+         with({{0, 0}, {0, 100}, {100, 100}, {100, 0}}, {{0, 0}, {100, 20}, {200, 100}})},
+        {"point numbers past the outline are dropped", {7, 1}, false, {99, 0}, {99, 0},
+         with({{0, 0}, {0, 100}, {100, 100}, {100, 0}}, kSecondUnmoved)},
+    };
+    for (const auto& c : cases) {
+        TDrawnOutline moved = outline;
+        ApplyTupleDeltas(moved, c.points, c.all, c.x, c.y);
+        Points points;
+        for (const TDrawnPoint& point : moved.points) points.emplace_back(point.x, point.y);
+        EXPECT_EQ(points, c.moved) << c.what;
+    }
+}
+
 // The points a source resolves for glyph 2 of a font of kTriangle and `glyph`.
 std::vector<std::pair<double, double>> ResolvedPoints(const Bytes& glyph) {
     LoadedFont font(GlyphFont({{}, kTriangle, glyph}));

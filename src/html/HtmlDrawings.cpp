@@ -12,7 +12,9 @@
 #include "framework/VellGlyphs.h"
 #include "framework/VellLayout.h"
 #include "tables/LayoutAccount.h"
+#include "tables/VariationReport.h"
 #include "tables/glyf.h"
+#include "tables/gvar.h"
 
 namespace {
 
@@ -114,7 +116,7 @@ DrawnSide ReadSide(const TGlyphSide& side) {
     DrawnSide drawn;
     if (side.source == nullptr) return drawn;
     drawn.present = true;
-    drawn.outline = side.source->Outline(side.glyph);
+    drawn.outline = side.outline ? *side.outline : side.source->Outline(side.glyph);
     drawn.advance = side.source->Advance(side.glyph);
     return drawn;
 }
@@ -363,6 +365,54 @@ std::string OutlinePathData(const TDrawnOutline& outline) {
         d += "Z";
     }
     return d;
+}
+
+void ApplyTupleDeltas(TDrawnOutline& outline, const std::vector<uint16_t>& points, bool allPoints,
+                      const std::vector<int32_t>& x, const std::vector<int32_t>& y) {
+    size_t count = outline.points.size();
+    std::vector<bool> listed(count, false);
+    std::vector<double> dx(count, 0), dy(count, 0);
+    size_t deltas = std::min(x.size(), y.size());
+    for (size_t i = 0; i < deltas; ++i) {
+        size_t point = allPoints ? i : (i < points.size() ? points[i] : count);
+        if (point >= count) continue;
+        listed[point] = true;
+        dx[point] += x[i];
+        dy[point] += y[i];
+    }
+    // One axis of an unlisted point, from the listed points before and after it.
+    auto infer = [](double at, double before, double after, double deltaBefore, double deltaAfter) {
+        if (before > after) {
+            std::swap(before, after);
+            std::swap(deltaBefore, deltaAfter);
+        }
+        if (before == after) return deltaBefore == deltaAfter ? deltaBefore : 0.0;
+        if (at <= before) return deltaBefore;
+        if (at >= after) return deltaAfter;
+        return deltaBefore + (at - before) * (deltaAfter - deltaBefore) / (after - before);
+    };
+    size_t start = 0;
+    for (size_t end : outline.contourEnds) {
+        if (end <= start || end > count) continue;
+        std::vector<size_t> anchors;
+        for (size_t p = start; p < end; ++p)
+            if (listed[p]) anchors.push_back(p);
+        for (size_t p = start; p < end && !anchors.empty(); ++p) {
+            if (listed[p]) continue;
+            // The listed points before and after p in the contour's cycle.
+            auto next = std::lower_bound(anchors.begin(), anchors.end(), p);
+            size_t after = next == anchors.end() ? anchors.front() : *next;
+            size_t before = next == anchors.begin() ? anchors.back() : *(next - 1);
+            const TDrawnPoint &a = outline.points[before], &b = outline.points[after], &point = outline.points[p];
+            dx[p] = infer(point.x, a.x, b.x, dx[before], dx[after]);
+            dy[p] = infer(point.y, a.y, b.y, dy[before], dy[after]);
+        }
+        start = end;
+    }
+    for (size_t p = 0; p < count; ++p) {
+        outline.points[p].x += dx[p];
+        outline.points[p].y += dy[p];
+    }
 }
 
 std::string DrawGlyphFigure(const TGlyphSide& modified, const TGlyphSide& original, std::string_view note) {
@@ -647,6 +697,63 @@ std::string DrawKerningChanges(VellTag tag, TGlyphSource& modified, TGlyphSource
     return figures.Finish("changed kerning pairs are", drawn);
 }
 
+bool SameRegion(const VellTupleVariation& a, const VellTupleVariation& b) {
+    return a.peak == b.peak && a.intermediate == b.intermediate && (!a.intermediate || (a.start == b.start && a.end == b.end));
+}
+
+bool SameDeltas(const VellTupleVariation& a, const VellTupleVariation& b) {
+    return a.points == b.points && a.x == b.x && a.y == b.y;
+}
+
+// Each glyph whose variations the 'gvar' account reports, drawn at the peak of
+// the first region whose deltas differ: each font's outline moved by its tuple
+// of that region (not moved where the font has none). Composite glyphs, whose
+// deltas move components, are drawn unmoved.
+std::string DrawGVARChanges(TGlyphSource& modified, TGlyphSource& original, uint32_t limit, uint32_t* drawn) {
+    FigureList figures(limit);
+    std::optional<std::vector<GVARGlyphChange>> changes =
+        OrNothing([&] { return FindGVARGlyphChanges(modified.Context(), original.Context()); });
+    if (!changes) return figures.Finish("changed glyph variations are", drawn);
+    std::vector<VellTag> axes = FontAxisTags(&modified.Context());
+    for (const GVARGlyphChange& change : *changes) {
+        if (!figures.Take()) continue;
+        auto find = [](const std::vector<VellTupleVariation>& tuples, const VellTupleVariation& region) {
+            auto found = std::find_if(tuples.begin(), tuples.end(),
+                                      [&](const VellTupleVariation& tuple) { return SameRegion(tuple, region); });
+            return found == tuples.end() ? nullptr : &*found;
+        };
+        const VellTupleVariation* shown = nullptr;
+        for (const VellTupleVariation& tuple : change.modified) {
+            const VellTupleVariation* other = find(change.original, tuple);
+            if (!other || !SameDeltas(tuple, *other)) {
+                shown = &tuple;
+                break;
+            }
+        }
+        for (const VellTupleVariation& tuple : change.original)
+            if (!shown && !find(change.modified, tuple)) shown = &tuple;
+        if (!shown && !change.modified.empty()) shown = &change.modified.front();
+        auto moved = [&](TGlyphSource& source, const std::vector<VellTupleVariation>& tuples) {
+            TDrawnOutline outline = source.Outline(change.glyph);
+            const VellTupleVariation* tuple = shown ? find(tuples, *shown) : nullptr;
+            if (tuple && source.GLYFBytes(change.glyph).s16(0) > 0)
+                ApplyTupleDeltas(outline, tuple->points.points, tuple->points.all, tuple->x, tuple->y);
+            return outline;
+        };
+        TDrawnOutline modifiedOutline = moved(modified, change.modified);
+        TDrawnOutline originalOutline = moved(original, change.original);
+        std::string region;
+        for (size_t axis = 0; shown && axis < shown->peak.size(); ++axis) {
+            if (shown->peak[axis] == 0) continue;
+            region += (region.empty() ? "" : ", ") + AxisText(axes, axis) + " " + F2Dot14Text(shown->peak[axis]);
+        }
+        figures.Add(DrawGlyphFigure({&modified, change.glyph, &modifiedOutline},
+                                    {&original, change.glyph, &originalOutline},
+                                    "At the peak of the region " + (region.empty() ? "none" : region)));
+    }
+    return figures.Finish("changed glyph variations are", drawn);
+}
+
 }  // namespace
 
 std::string DrawTableChanges(VellTag tag, TGlyphSource& modified, TGlyphSource& original, uint32_t maxDrawings,
@@ -655,6 +762,7 @@ std::string DrawTableChanges(VellTag tag, TGlyphSource& modified, TGlyphSource& 
     if (tag == Tag("glyf")) return DrawGLYFChanges(modified, original, maxDrawings, drawn);
     if (tag == Tag("hmtx")) return DrawAdvanceChanges(modified, original, maxDrawings, drawn);
     if (tag == Tag("cmap")) return DrawMappingChanges(modified, original, maxDrawings, drawn);
+    if (gOpenType && tag == Tag("gvar")) return DrawGVARChanges(modified, original, maxDrawings, drawn);
     if (gOpenType && (tag == Tag("GPOS") || tag == Tag("kern")))
         return DrawKerningChanges(tag, modified, original, maxDrawings, drawn);
     return {};

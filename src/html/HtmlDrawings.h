@@ -78,6 +78,7 @@ private:
 struct TGlyphSide {
     TGlyphSource* source = nullptr;
     uint32_t glyph = 0;
+    const TDrawnOutline* outline = nullptr;  // drawn instead of the glyph's own (a variation's outline)
 };
 std::string DrawGlyphFigure(const TGlyphSide& modified, const TGlyphSide& original, std::string_view note);
 
@@ -101,11 +102,19 @@ std::string DrawKerningFigure(const TKerningSide& modified, const TKerningSide& 
 // -80; second X placement 3").
 TKerningValue ReadKerningValue(std::string_view value);
 
+// A simple glyph's outline moved by a tuple's deltas at its peak. Points the
+// tuple does not list move as their contour's listed neighbours do
+// (interpolated between them, or shifted as the nearer one beyond them); a
+// contour with no listed point stays. Phantom points are not drawn.
+void ApplyTupleDeltas(TDrawnOutline& outline, const std::vector<uint16_t>& points, bool allPoints,
+                      const std::vector<int32_t>& x, const std::vector<int32_t>& y);
+
 // The path data of an outline: quadratic or cubic segments, each contour closed.
 std::string OutlinePathData(const TDrawnOutline& outline);
 
 // The figures of a changed table whose changes can be drawn ('glyf', 'hmtx',
-// 'cmap', and under --opentype the pairs of 'GPOS' and 'kern'), at most maxDrawings of them, followed by a line counting the ones left
+// 'cmap', and under --opentype the pairs of 'GPOS' and 'kern' and the glyphs of
+// 'gvar'), at most maxDrawings of them, followed by a line counting the ones left
 // out; empty for any other table. *drawn receives the number of figures.
 std::string DrawTableChanges(VellTag tag, TGlyphSource& modified, TGlyphSource& original, uint32_t maxDrawings,
                              uint32_t* drawn);

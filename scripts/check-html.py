@@ -3,15 +3,17 @@
 
 Makes a font pair from the test suite's DejaVu Sans subset with fontTools (outlines
 moved, a composite's component shifted, an outline emptied, an advance width and
-character mappings changed, and a full name holding markup), runs vellcmp --html
+character mappings changed, a class pair's kerning changed, and a full name
+holding markup), runs vellcmp --opentype --html
 on it, and loads the page in headless Chromium from the file:
 
   - the page renders without a console message (a script or a fetch the page's
     policy blocks would log one, as would a page the browser cannot parse);
   - the parsed page holds no script element, and the full name's markup shows as text;
-  - each table's drawn glyph figures are as many as fontTools counts changes:
-    glyphs whose outline or instructions differ ('glyf'), advance widths ('hmtx'),
-    and Unicode mappings ('cmap');
+  - each table's figures are as many as fontTools counts changes: glyphs whose
+    outline or instructions differ ('glyf'), advance widths ('hmtx'), Unicode
+    mappings ('cmap'), and glyph pairs whose kerning differs ('GPOS', under
+    --opentype);
   - its screenshot is not blank, and shows both sides' outline colours.
 
 Usage: check-html.py VELLCMP WORKDIR. Exits 77 (a skip for CTest) when no Chromium
@@ -68,6 +70,9 @@ def make_pair(workdir):
         if table.isUnicode():
             table.cmap.pop(ord("%"), None)
             table.cmap[0x2030] = "percent"
+    # One class pair's kerning value: every glyph pair of the two classes changes.
+    pairs = font["GPOS"].table.LookupList.Lookup[0].SubTable[0]
+    pairs.Class1Record[1].Class2Record[1].Value1.XAdvance -= 50
     font["name"].setName(HOSTILE_NAME, 4, 3, 1, 0x409)
     font.save(modified)
     return original, modified
@@ -83,6 +88,19 @@ def outline_key(glyph, glyf):
     return ("simple", list(coordinates), list(ends), [f & 1 for f in flags], program)
 
 
+def kerning(font):
+    """Every glyph pair's x advance adjustment from the font's class-based 'GPOS' pairs."""
+    subtable = font["GPOS"].table.LookupList.Lookup[0].SubTable[0]
+    first_classes, second_classes = subtable.ClassDef1.classDefs, subtable.ClassDef2.classDefs
+    values = {}
+    for first in subtable.Coverage.glyphs:
+        row = subtable.Class1Record[first_classes.get(first, 0)]
+        for second in font.getGlyphOrder():
+            value = getattr(row.Class2Record[second_classes.get(second, 0)].Value1, "XAdvance", 0) or 0
+            values[first, second] = value
+    return values
+
+
 def expected_counts(original_path, modified_path):
     original, modified = TTFont(original_path), TTFont(modified_path)
     counts = {}
@@ -91,6 +109,8 @@ def expected_counts(original_path, modified_path):
     counts["hmtx"] = sum(original["hmtx"][n][0] != modified["hmtx"][n][0] for n in original.getGlyphOrder())
     om, mm = original.getBestCmap(), modified.getBestCmap()
     counts["cmap"] = sum(om.get(code) != mm.get(code) for code in set(om) | set(mm))
+    ok, mk = kerning(original), kerning(modified)
+    counts["GPOS"] = sum(ok.get(pair, 0) != mk.get(pair, 0) for pair in set(ok) | set(mk))
     return counts
 
 
@@ -180,7 +200,8 @@ def main():
     original, modified = make_pair(workdir)
     page = os.path.join(workdir, "page.html")
     report = os.path.join(workdir, "report.txt")
-    subprocess.run([vellcmp, "--pair=index", "--html=" + page, "-o", report, original, modified], check=True)
+    subprocess.run([vellcmp, "--opentype", "--pair=index", "--html=" + page, "-o", report, original, modified],
+                   check=True)
 
     failures = []
     url = "file://" + os.path.abspath(page)
@@ -196,8 +217,8 @@ def main():
     expected = expected_counts(original, modified)
     sections = dict(re.findall(r'<section class="table" id="[^"]*" data-tag="([^"]*)">(.*?)</section>', dom, re.S))
     for tag, count in expected.items():
-        drawn = len(re.findall(r'<figure class="glyph"', sections.get(tag, "")))
-        print(f"'{tag}': {drawn} glyph figures drawn, {count} changes")
+        drawn = len(re.findall(r'<figure class="(?:glyph|kern)"', sections.get(tag, "")))
+        print(f"'{tag}': {drawn} figures drawn, {count} changes")
         if drawn != count or count == 0:
             failures.append(f"'{tag}' draws {drawn} glyph figures for {count} changes")
 

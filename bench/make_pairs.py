@@ -4,13 +4,17 @@
 Each pair is an original and a modified font file, as a font engineer meets
 them in CI: an unchanged CJK collection, a Latin font with a few hundred glyphs
 edited, a CJK font with every advance width changed, a CJK font with every
-outline moved by one unit, a family's Regular against its Bold, and for the
-layout accounts of --opentype Liberation Sans with its kerning edited and a Noto
-Sans CJK face with edited 'GPOS' and 'GSUB'. Both fonts
-of a pair are written by the same library, so that they differ only where the
-edit says.
+outline moved by one unit, a family's Regular against its Bold, a CJK font
+with PostScript outlines ('CFF ', CID-keyed) with three charstrings redrawn,
+and for the layout accounts of --opentype Liberation Sans with its kerning
+edited and a Noto Sans CJK face with edited 'GPOS' and 'GSUB'. For the outline
+accounts, pairs that must report no glyph or one: the CID-keyed face against
+its desubroutinized copy, DejaVu Sans against its WOFF2, and DejaVu Sans with
+one point of one glyph moved (not timed unless named). Both fonts of a
+pair are written by the same library, so that they differ only where the edit
+says.
 
-Usage: make_pairs.py DIRECTORY
+Usage: make_pairs.py DIRECTORY [PAIR ...]   (default: every pair)
 """
 import copy
 import os
@@ -99,6 +103,46 @@ def family(directory):
     save(bold, directory, "family-modified.ttf")
 
 
+def redraw_three_charstrings(font):
+    # Three ideographs redrawn: one point moved, the last contour dropped, and
+    # a control point moved with the width 10 units wider.
+    from fontTools.pens.recordingPen import RecordingPen
+    from fontTools.pens.t2CharStringPen import T2CharStringPen
+
+    cmap = font.getBestCmap()
+    charstrings = font["CFF "].cff.topDictIndex[0].CharStrings
+    for edit, code in enumerate((0x6C38, 0x56FD, 0x5B57)):
+        charstring = charstrings[cmap[code]]
+        recording = RecordingPen()
+        charstring.draw(recording)
+        width, drawing = charstring.width, list(recording.value)
+        if edit == 0:
+            at = next(i for i, (operator, _) in enumerate(drawing) if operator == "lineTo")
+            (x, y), = drawing[at][1]
+            drawing[at] = ("lineTo", ((x + 20, y),))
+        elif edit == 1:
+            drawing = drawing[:max(i for i, (operator, _) in enumerate(drawing) if operator == "moveTo")]
+        else:
+            width += 10
+            at = next(i for i, (operator, _) in enumerate(drawing) if operator == "curveTo")
+            points = list(drawing[at][1])
+            points[0] = (points[0][0], points[0][1] + 15)
+            drawing[at] = ("curveTo", tuple(points))
+        pen = T2CharStringPen(width, None)
+        for operator, arguments in drawing:
+            getattr(pen, operator)(*arguments)
+        redrawn = pen.getCharString(private=charstring.private, globalSubrs=charstring.globalSubrs)
+        charstrings.charStringsIndex.items[charstrings.charStrings[cmap[code]]] = redrawn
+
+
+def cjk_postscript(directory):
+    # Face 0 of the collection, saved on its own: 65,535 glyphs, CID-keyed.
+    save(TTFont(NOTO_CJK, fontNumber=0), directory, "cjk-cff-original.otf")
+    modified = TTFont(NOTO_CJK, fontNumber=0)
+    redraw_three_charstrings(modified)
+    save(modified, directory, "cjk-cff-modified.otf")
+
+
 def pair_adjustments(font):
     """The PairPos subtables of a font's 'GPOS', Extension lookups followed."""
     for lookup in font["GPOS"].table.LookupList.Lookup:
@@ -155,18 +199,57 @@ def cjk_layout(directory):
     save(modified, directory, "cjk-layout-modified.otf")
 
 
+def cjk_desubroutinized(directory):
+    # The same face with every subroutine expanded into its charstrings: each
+    # charstring's bytes change, no outline does.
+    save(TTFont(NOTO_CJK, fontNumber=0), directory, "cjk-desubroutinized-original.otf")
+    modified = TTFont(NOTO_CJK, fontNumber=0)
+    modified["CFF "].cff.desubroutinize()
+    save(modified, directory, "cjk-desubroutinized-modified.otf")
+
+
+def dejavu_woff2(directory):
+    # DejaVu Sans as packaged against its WOFF2, whose 'glyf' transform stores
+    # every glyph's flags and coordinates anew.
+    shutil.copy(DEJAVU, os.path.join(directory, "dejavu-woff2-original.ttf"))
+    modified = TTFont(DEJAVU)
+    modified.flavor = "woff2"
+    save(modified, directory, "dejavu-woff2-modified.woff2")
+
+
+def moved_point(directory):
+    # One point of DejaVu Sans's "a" moved 12 units right. Bounds are kept as
+    # stored in both, so that no other glyph's record is written anew.
+    for name, shift in (("moved-point-original.ttf", 0), ("moved-point-modified.ttf", 12)):
+        font = TTFont(DEJAVU, recalcBBoxes=False)
+        glyph = font["glyf"]["a"]
+        x, y = glyph.coordinates[5]
+        glyph.coordinates[5] = (x + shift, y)
+        save(font, directory, name)
+
+
+PAIRS = {
+    "cjk-collection": cjk_collection,
+    "dejavu-edited": edited_latin,
+    "cjk-advances": lambda directory: cjk_font(directory, "cjk-advances", every_advance_wider),
+    "cjk-outlines": lambda directory: cjk_font(directory, "cjk-outlines", every_outline_moved),
+    "family": family,
+    "cjk-cff": cjk_postscript,
+    "kerning": kerning,
+    "cjk-layout": cjk_layout,
+    "cjk-desubroutinized": cjk_desubroutinized,
+    "dejavu-woff2": dejavu_woff2,
+    "moved-point": moved_point,
+}
+
+
 def main():
-    if len(sys.argv) != 2:
+    if len(sys.argv) < 2 or any(pair not in PAIRS for pair in sys.argv[2:]):
         sys.exit(__doc__)
     directory = sys.argv[1]
     os.makedirs(directory, exist_ok=True)
-    cjk_collection(directory)
-    edited_latin(directory)
-    cjk_font(directory, "cjk-advances", every_advance_wider)
-    cjk_font(directory, "cjk-outlines", every_outline_moved)
-    family(directory)
-    kerning(directory)
-    cjk_layout(directory)
+    for pair in sys.argv[2:] or PAIRS:
+        PAIRS[pair](directory)
 
 
 if __name__ == "__main__":

@@ -13,6 +13,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "framework/VellFontFile.h"
 #include "framework/VellMemory.h"
@@ -42,8 +43,16 @@ public:
     // The 'post' table, the source of glyph names; null when the font has none.
     const VellHandle& Post();
     // A glyph's PostScript name from 'post': empty without 'post', or for a glyph at
-    // or past the glyph count.
+    // or past the glyph count. Under --opentype, a glyph that 'post' leaves unnamed
+    // takes its name from the 'CFF ' charset (CharsetGlyphNames); the classic report
+    // never does.
     std::string GlyphName(uint32_t glyph);
+    // Where 'post' names no glyph (no 'post', or format 3 as fonts with 'CFF '
+    // outlines carry it), the glyph names of the 'CFF ' charset in glyph order: a
+    // name-keyed table's names, "cid01234" for a CID-keyed one's glyphs, whose CIDs
+    // are what names them. Empty unless the charset names every glyph of the font,
+    // each once; read once.
+    const std::vector<std::string>& CharsetGlyphNames();
     // numberOfHMetrics of 'hhea' for 'hmtx', numOfLongVerMetrics of 'vhea' for
     // 'vmtx': the metrics header of a metrics table, as 16-bit unsigned.
     uint16_t LongMetricCount(VellTag metricsTag);
@@ -58,4 +67,5 @@ private:
     std::map<VellTag, VellView> fTables;
     std::optional<uint32_t> fGlyphCount;
     std::optional<VellHandle> fPost;
+    std::optional<std::vector<std::string>> fCharsetNames;
 };

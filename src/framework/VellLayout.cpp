@@ -479,7 +479,8 @@ std::vector<RuleSection> RuleSections(const LayoutHeader& header) {
             for (const LangSys& langSys : header.langSystems) {
                 std::vector<uint16_t> indices = langSys.features;
                 if (langSys.requiredFeature != 0xFFFF) indices.push_back(langSys.requiredFeature);
-                bool uses = std::any_of(indices.begin(), indices.end(), [&](uint16_t index) {
+                // A structured binding is captured by copy: clang 14 captures none by reference.
+                bool uses = std::any_of(indices.begin(), indices.end(), [&, tag = tag](uint16_t index) {
                     return index < header.features.size() && header.features[index].tag == tag &&
                            header.features[index].lookups == lookups;
                 });

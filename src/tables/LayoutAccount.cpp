@@ -4,14 +4,21 @@
 #include <unordered_map>
 
 #include "VellCmpErrors.h"
+#include "dumpers/TFontContext.h"
 #include "framework/VellGlyphs.h"
 
 namespace {
 
+// Glyph names where 'post' names none: the 'CFF ' charset's.
+const std::vector<std::string>& CharsetNames(TFontContext* font) {
+    static const std::vector<std::string> kNone;
+    return font != nullptr ? font->CharsetGlyphNames() : kNone;
+}
+
 // A glyph as the report writes it: its number, and with -p its name, "36 (A)".
 class GlyphWriter {
 public:
-    explicit GlyphWriter(VellFontRef font) : fFont(font) {}
+    GlyphWriter(VellFontRef font, TFontContext* context) : fFont(font), fContext(context) {}
     std::string operator()(uint16_t glyph) {
         std::string text = std::to_string(glyph);
         if (!gShowPostScriptNames) return text;
@@ -19,14 +26,26 @@ public:
         if (inserted) {
             int32_t status = VellGetGlyphName(fFont, glyph, &found->second);
             if (status != 0) found->second = VellFormat("### BAD GLYPH NAME (error %d) ###", status);
+            if (status == 0 && found->second.empty()) {
+                const std::vector<std::string>& charset = CharsetNames(fContext);
+                if (glyph < charset.size()) found->second = charset[glyph];
+            }
         }
         return text + " (" + found->second + ")";
     }
 
 private:
     VellFontRef fFont;
+    TFontContext* fContext;
     std::unordered_map<uint16_t, std::string> fNames;
 };
+
+// Rules are matched by glyph name when 'post' or the 'CFF ' charset names every glyph.
+VellGlyphIdentity GlyphIdentity(VellFontRef font, TFontContext* context) {
+    VellGlyphIdentity identity = VellLayoutGlyphIdentity(font);
+    if (identity.names.empty()) identity.names = CharsetNames(context);
+    return identity;
+}
 
 VellGlyphText TextOf(GlyphWriter& writer) {
     return [&writer](uint16_t glyph) { return writer(glyph); };
@@ -77,7 +96,7 @@ std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> Pai
 }
 
 void DumpLayoutAccount(TTableDumper& dumper, const VellLayoutAccount& account) {
-    GlyphWriter writer(dumper.GetFont());
+    GlyphWriter writer(dumper.GetFont(), dumper.GetContext());
     VellGlyphText text = TextOf(writer);
     for (const VellLayoutRuleList& list : account.lists) {
         dumper.PrintLine("### " + list.what + ":", true);
@@ -88,9 +107,10 @@ void DumpLayoutAccount(TTableDumper& dumper, const VellLayoutAccount& account) {
 
 void CompareLayoutAccounts(TTableComparator& comparator, const VellLayoutAccount& modified,
                            const VellLayoutAccount& original) {
-    VellGlyphIdentity modifiedGlyphs = VellLayoutGlyphIdentity(comparator.GetModifiedFont());
-    VellGlyphIdentity originalGlyphs = VellLayoutGlyphIdentity(comparator.GetOriginalFont());
-    GlyphWriter modifiedWriter(comparator.GetModifiedFont()), originalWriter(comparator.GetOriginalFont());
+    VellGlyphIdentity modifiedGlyphs = GlyphIdentity(comparator.GetModifiedFont(), comparator.GetModifiedContext());
+    VellGlyphIdentity originalGlyphs = GlyphIdentity(comparator.GetOriginalFont(), comparator.GetOriginalContext());
+    GlyphWriter modifiedWriter(comparator.GetModifiedFont(), comparator.GetModifiedContext());
+    GlyphWriter originalWriter(comparator.GetOriginalFont(), comparator.GetOriginalContext());
     VellGlyphText modifiedText = TextOf(modifiedWriter), originalText = TextOf(originalWriter);
 
     for (const auto& [mine, theirs] : PairLayoutLists(modified, original)) {

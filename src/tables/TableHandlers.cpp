@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "VellCmpErrors.h"
+#include "tables/CFF.h"
 #include "tables/EBSC.h"
 #include "tables/GDEF.h"
 #include "tables/GPOS.h"
@@ -19,6 +20,7 @@
 #include "tables/feat.h"
 #include "tables/fvar.h"
 #include "tables/glyf.h"
+#include "tables/glyf_outlines.h"
 #include "tables/gvar.h"
 #include "tables/hdmx.h"
 #include "tables/head.h"
@@ -54,6 +56,8 @@ constexpr auto kClassic = HandlerSet::Classic;
 constexpr auto kOpenType = HandlerSet::OpenType;
 
 const TableHandler kTableHandlers[] = {
+    {VellMakeTag("CFF "), kOpenType, MakeComparator<TCFFTableComparator>, MakeDumper<TCFFTableDumper>, kVelldump},
+    {VellMakeTag("CFF2"), kOpenType, MakeComparator<TCFFTableComparator>, MakeDumper<TCFFTableDumper>, kVelldump},
     {VellMakeTag("EBSC"), kClassic, MakeComparator<TEBSCTableComparator>, MakeDumper<TEBSCTableDumper>, kVelldump},
     {VellMakeTag("OS/2"), kClassic, MakeComparator<TOS2TableComparator>, nullptr},
     {VellMakeTag("bdat"), kClassic, MakeBitmapDataComparator, nullptr},
@@ -63,6 +67,8 @@ const TableHandler kTableHandlers[] = {
     {VellMakeTag("feat"), kClassic, MakeComparator<TFEATTableComparator>, MakeDumper<TFEATTableDumper>, kVelldump,
      true},
     {VellMakeTag("glyf"), kClassic, MakeComparator<TGLYFTableComparator>, MakeDumper<TGLYFTableDumper>, kVelldump},
+    {VellMakeTag("glyf"), kOpenType, MakeComparator<TGLYFOutlineTableComparator>, MakeDumper<TGLYFOutlineTableDumper>,
+     kVelldump},
     {VellMakeTag("gvar"), kClassic, nullptr, MakeDumper<TGVARTableDumper>, kVelldump},
     {VellMakeTag("hdmx"), kClassic, MakeComparator<THDMXTableComparator>, MakeDumper<THDMXTableDumper>, kFactory},
     {VellMakeTag("head"), kClassic, MakeComparator<THEADTableComparator>, nullptr},

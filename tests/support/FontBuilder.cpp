@@ -14,6 +14,8 @@
 #include <stdexcept>
 
 #include "framework/VellGlyphs.h"
+#include "framework/VellTypes.h"
+#include "framework/VellView.h"
 
 TableWriter& TableWriter::U8(uint32_t v) {
     fBytes.push_back(static_cast<uint8_t>(v));
@@ -81,6 +83,17 @@ Bytes BuildSfnt(const FontTables& font) {
     Bytes data;
     Bytes directory = Directory(font, 12 + 16 * font.tables.size(), &data);
     return Joined(directory, data);
+}
+
+FontTables TestFontTables(const std::string& name) {
+    std::string file = ReadFile(std::string(VELLCMP_SOURCE_DIR "/tests/fonts/") + name);
+    VellView bytes(reinterpret_cast<const uint8_t*>(file.data()), file.size());
+    FontTables font;
+    for (size_t record = 12; record < 12 + 16 * size_t{bytes.u16(4)}; record += 16) {
+        VellView table = bytes.sub(bytes.u32(record + 8), bytes.u32(record + 12));
+        font[VellTagText(bytes.u32(record))] = Bytes(table.data(), table.data() + table.size());
+    }
+    return font;
 }
 
 Bytes BuildCollection(const std::vector<FontTables>& fonts) {
@@ -551,6 +564,14 @@ FontTables EveryTableFont() {
     font["prop"] = MakeProp(1, 0, {0, 1, 1, 1, 2, 0x0101});
     font["vhea"] = MakeHhea(2);
     font["vmtx"] = MakeHmtx({{1000, 10}, {1000, 20}}, {30, 40});
+    // Outlines of both kinds in one font: each outline handler reads only its own
+    // table and asks the font for the glyph count, names and metrics, and FreeType
+    // is handed the 'CFF ' table bare (a 'CFF2' with only those side tables), never
+    // the whole font; so each table gets the account it would get in a font of its
+    // own kind, which is all the damage rounds look at. Both hold .notdef and three
+    // glyphs or fewer, as this font does.
+    font["CFF "] = TestFontTables("cff-original.otf")["CFF "];
+    font["CFF2"] = TestFontTables("cff2-original.otf")["CFF2"];
     std::ranges::sort(font.tables);
     return font;
 }

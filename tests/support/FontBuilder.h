@@ -42,6 +42,8 @@ Bytes Joined(Bytes head, const Bytes& tail);
 Bytes BuildSfnt(const FontTables& font);
 Bytes BuildCollection(const std::vector<FontTables>& fonts);
 Bytes BuildResourceFork(const std::vector<FontTables>& fonts);
+// The tables of an sfnt in tests/fonts, as its directory lists them.
+FontTables TestFontTables(const std::string& name);
 
 // ---- Tables of a small, well-formed TrueType font ----
 Bytes MakeHead();

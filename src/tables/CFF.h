@@ -1,0 +1,36 @@
+// 'CFF ' and 'CFF2' under --opentype: the Top DICT, each font DICT with its
+// Private DICT, the charset, and the glyphs as outlines. The comparator lists
+// the fields that differ, the glyph names or CIDs added and deleted, and the
+// glyphs whose outline or width differs, however their charstrings are encoded
+// or subroutinized; 'CFF2' outlines are compared at the default location and at
+// each named instance of 'fvar'. The dumper lists the DICTs and every glyph's
+// outline. Charstrings are run by FreeType; a table it cannot open is compared
+// in hex, after a note that says so.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "comparators/TTableComparator.h"
+
+class TCFFTableDumper : public TTableDumper {
+public:
+    using TTableDumper::TTableDumper;
+    int32_t DumpTableContents() override;
+    int32_t GetGlyphName(uint32_t glyph, std::string& name) override;
+
+private:
+    std::vector<std::string> fNames;
+};
+
+class TCFFTableComparator : public TTableComparator {
+public:
+    using TTableComparator::TTableComparator;
+    int32_t DumpTableDeltas() override;
+    // Names under -p come from the charset of the font the glyph belongs to.
+    int32_t GetGlyphName(uint32_t glyph, std::string& name) override;
+
+private:
+    std::vector<std::string> fModifiedNames, fOriginalNames;
+    const std::vector<std::string>* fNames = &fModifiedNames;
+};

@@ -220,4 +220,25 @@ TEST(Html, KerningPairsDrawnUnderOpenType) {
     EXPECT_THAT(ReadFile(page), Not(HasSubstr("<figure class=\"kern\">")));
 }
 
+// The 'CFF ' account's changed glyphs (a moved point, a width, an added contour)
+// and its added glyph, drawn as cubic outlines under --opentype.
+TEST(Html, CFFGlyphsDrawnUnderOpenType) {
+    TempDir dir;
+    std::string page = dir.Path("page.html");
+    RunVellcmp({"--opentype", "--html=" + page, VELLCMP_SOURCE_DIR "/tests/fonts/cff-original.otf",
+                VELLCMP_SOURCE_DIR "/tests/fonts/cff-modified.otf"});
+    std::string html = ReadFile(page);
+    size_t start = html.find("data-tag=\"CFF \""), end = html.find("</section>", start);
+    ASSERT_NE(start, std::string::npos);
+    std::string cff = html.substr(start, end - start);
+    std::vector<std::string> glyphs;
+    for (size_t at = cff.find("data-glyph=\""); at != std::string::npos; at = cff.find("data-glyph=\"", at + 1))
+        glyphs.push_back(cff.substr(at + 12, cff.find('"', at + 12) - at - 12));
+    EXPECT_EQ(glyphs, (std::vector<std::string>{"1", "2", "3", "4"}));
+    EXPECT_THAT(cff, HasSubstr("Added glyph"));
+    // The outlines are cubic, straight from the charstrings: the triangle's sides are lines.
+    EXPECT_THAT(cff, HasSubstr("d=\"M"));
+    EXPECT_THAT(cff, Not(HasSubstr("Q")));
+}
+
 }  // namespace

@@ -12,6 +12,8 @@
 #include "framework/VellGlyphs.h"
 #include "framework/VellLayout.h"
 #include "tables/LayoutAccount.h"
+#include "framework/VellOutlines.h"
+#include "tables/CFF.h"
 #include "tables/VariationReport.h"
 #include "tables/glyf.h"
 #include "tables/gvar.h"
@@ -754,6 +756,50 @@ std::string DrawGVARChanges(TGlyphSource& modified, TGlyphSource& original, uint
     return figures.Finish("changed glyph variations are", drawn);
 }
 
+// A PostScript outline as drawn: cubic, its control points off the curve.
+TDrawnOutline CubicOutline(const VellOutline& outline) {
+    TDrawnOutline drawn;
+    drawn.cubic = true;
+    for (const VellOutlinePoint& point : outline.points)
+        drawn.points.push_back({static_cast<double>(point.x), static_cast<double>(point.y),
+                                point.kind != VellPointKind::CubicControl && point.kind != VellPointKind::QuadControl});
+    drawn.contourEnds.assign(outline.contourEnds.begin(), outline.contourEnds.end());
+    return drawn;
+}
+
+// Each glyph whose outline the 'CFF ' or 'CFF2' account reports at the default
+// location, both fonts' glyphs overlaid (paired by name when both fonts name
+// every glyph), then the glyphs only one font has, drawn alone.
+std::string DrawCFFChanges(VellTag tag, TGlyphSource& modified, TGlyphSource& original, uint32_t limit,
+                           uint32_t* drawn) {
+    FigureList figures(limit);
+    CFFGlyphChanges changes;
+    if (!OrNothing([&] { return FindCFFGlyphChanges(modified.Context(), original.Context(), tag, &changes); })
+             .value_or(false))
+        return figures.Finish("changed glyphs are", drawn);
+    auto outline = [](VellOutlineFace& face, uint32_t glyph) {
+        VellOutline loaded;
+        face.Load(glyph, &loaded);
+        return CubicOutline(loaded);
+    };
+    for (auto [m, o] : changes.changed) {
+        if (!figures.Take()) continue;
+        TDrawnOutline modifiedOutline = outline(*changes.modifiedFace, m), originalOutline = outline(*changes.originalFace, o);
+        figures.Add(DrawGlyphFigure({&modified, m, &modifiedOutline}, {&original, o, &originalOutline}, ""));
+    }
+    for (uint32_t glyph : changes.added) {
+        if (!figures.Take()) continue;
+        TDrawnOutline added = outline(*changes.modifiedFace, glyph);
+        figures.Add(DrawGlyphFigure({&modified, glyph, &added}, {}, "Added glyph"));
+    }
+    for (uint32_t glyph : changes.deleted) {
+        if (!figures.Take()) continue;
+        TDrawnOutline deleted = outline(*changes.originalFace, glyph);
+        figures.Add(DrawGlyphFigure({}, {&original, glyph, &deleted}, "Deleted glyph"));
+    }
+    return figures.Finish("changed glyphs are", drawn);
+}
+
 }  // namespace
 
 std::string DrawTableChanges(VellTag tag, TGlyphSource& modified, TGlyphSource& original, uint32_t maxDrawings,
@@ -763,6 +809,8 @@ std::string DrawTableChanges(VellTag tag, TGlyphSource& modified, TGlyphSource& 
     if (tag == Tag("hmtx")) return DrawAdvanceChanges(modified, original, maxDrawings, drawn);
     if (tag == Tag("cmap")) return DrawMappingChanges(modified, original, maxDrawings, drawn);
     if (gOpenType && tag == Tag("gvar")) return DrawGVARChanges(modified, original, maxDrawings, drawn);
+    if (gOpenType && (tag == Tag("CFF ") || tag == Tag("CFF2")))
+        return DrawCFFChanges(tag, modified, original, maxDrawings, drawn);
     if (gOpenType && (tag == Tag("GPOS") || tag == Tag("kern")))
         return DrawKerningChanges(tag, modified, original, maxDrawings, drawn);
     return {};

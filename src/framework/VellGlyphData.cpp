@@ -176,24 +176,3 @@ VellHandle VellExtractGLYFCoords(const VellHandle& glyphData, ErrorRecord*) {
     }
     return VelmNewHandle(block);
 }
-
-VellGlyphPoints VellDecodeGLYFPoints(VellView glyph) {
-    VellGlyphPoints decoded;
-    int16_t contours = glyph.s16(0);
-    if (contours <= 0) return decoded;
-    // A contour count larger than the glyph holds lists only the end points it holds.
-    size_t listed = glyph.records_that_fit(kEndPtsOfContoursOffset, size_t(contours), 2);
-    if (listed == 0) return decoded;
-    for (size_t i = 0; i < listed; ++i) decoded.endPoints.push_back(glyph.u16(kEndPtsOfContoursOffset + 2 * i));
-    size_t instructionLengthAt = kEndPtsOfContoursOffset + 2 * size_t(contours);
-    size_t at = instructionLengthAt + 2 + glyph.u16(instructionLengthAt);
-    std::vector<uint8_t> flags = ExpandFlags(glyph, at, size_t{decoded.endPoints.back()} + 1);
-    std::vector<uint16_t> xs = DecodeAxis(glyph, at, flags, kXShortVector, kXSameOrPositive);
-    if (xs.size() < flags.size()) at = glyph.size();
-    std::vector<uint16_t> ys = DecodeAxis(glyph, at, flags, kYShortVector, kYSameOrPositive);
-    size_t points = std::min(xs.size(), ys.size());
-    decoded.points.reserve(points);
-    for (size_t p = 0; p < points; ++p)
-        decoded.points.push_back({static_cast<int16_t>(xs[p]), static_cast<int16_t>(ys[p]), (flags[p] & 1) != 0});
-    return decoded;
-}

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include "framework/VellFontFile.h"
 #include "framework/VellMemory.h"
@@ -52,18 +51,3 @@ VellHandle VellMakeLongLOCA(VellFontRef font, ErrorRecord* record);
 // gives the points whose flag and coordinates it still holds, and never more than
 // the last endPtsOfContours value + 1.
 VellHandle VellExtractGLYFCoords(const VellHandle& glyphData, ErrorRecord* record);
-
-// A simple glyph's outline as a drawing needs it: each point with its on-curve
-// bit (flag bit 0), and the last point index of each contour. Decoded as
-// VellExtractGLYFCoords decodes, so a glyph cut short keeps the points it holds;
-// an end point past the decoded points is left as stored.
-struct VellGlyphPoint {
-    int16_t x = 0;
-    int16_t y = 0;
-    bool onCurve = false;
-};
-struct VellGlyphPoints {
-    std::vector<VellGlyphPoint> points;
-    std::vector<uint16_t> endPoints;
-};
-VellGlyphPoints VellDecodeGLYFPoints(VellView glyph);

@@ -16,6 +16,7 @@
 #include "tables/CFF.h"
 #include "tables/VariationReport.h"
 #include "tables/glyf.h"
+#include "tables/glyf_outlines.h"
 #include "tables/gvar.h"
 
 namespace {
@@ -24,15 +25,9 @@ constexpr uint32_t kNoCode = UINT32_MAX;
 constexpr size_t kUnitsPerEmOffset = 18;  // 'head'
 constexpr size_t kAscenderOffset = 4;     // 'hhea'
 constexpr size_t kDescenderOffset = 6;    // 'hhea'
-constexpr size_t kComponentsOffset = 10;  // after a glyph's header
 
-// Component flag bits.
-constexpr uint16_t kArg1And2AreWords = 0x0001;
+// The component flag bit that says its arguments are an offset, not point numbers.
 constexpr uint16_t kArgsAreXYValues = 0x0002;
-constexpr uint16_t kWeHaveAScale = 0x0008;
-constexpr uint16_t kMoreComponents = 0x0020;
-constexpr uint16_t kWeHaveAnXAndYScale = 0x0040;
-constexpr uint16_t kWeHaveATwoByTwo = 0x0080;
 
 // Composites nest at most this deep (a cycle of components ends here), and a
 // drawing holds at most this many points: a hostile composite that reuses one
@@ -45,7 +40,7 @@ constexpr int kFigurePixels = 220;
 
 VellTag Tag(const char (&text)[5]) { return VellMakeTag(text); }
 
-double F2Dot14(int16_t value) { return value / 16384.0; }
+double F2Dot14(int32_t value) { return value / 16384.0; }
 
 // A number as the page writes it: whole units without decimals, others to a
 // hundredth, which is finer than any screen shows at a figure's size.
@@ -191,70 +186,38 @@ VellView TGlyphSource::GLYFBytes(uint32_t glyph) {
 bool TGlyphSource::HasGLYFOutline(uint32_t glyph) { return !GLYFBytes(glyph).empty(); }
 
 void TGlyphSource::AppendGLYFGlyph(uint32_t glyph, const double matrix[6], int depth, TDrawnOutline& outline) {
-    VellView bytes = GLYFBytes(glyph);
-    int16_t contours = bytes.s16(0);
-    if (contours > 0) {
-        VellGlyphPoints decoded = VellDecodeGLYFPoints(bytes);
-        size_t start = 0;
-        for (uint16_t end : decoded.endPoints) {
-            // End points that go backwards or past the decoded points close nothing new.
-            size_t stop = std::min<size_t>(size_t{end} + 1, decoded.points.size());
-            if (stop <= start) continue;
-            if (outline.points.size() + (stop - start) > kMostDrawnPoints) return;
-            for (size_t p = start; p < stop; ++p) {
-                TDrawnPoint point;
-                Transform(matrix, decoded.points[p].x, decoded.points[p].y, &point.x, &point.y);
-                point.onCurve = decoded.points[p].onCurve;
-                outline.points.push_back(point);
-            }
-            outline.contourEnds.push_back(outline.points.size());
-            start = stop;
+    VellTrueTypeGlyph decoded;
+    VellDecodeTrueTypeGlyph(GLYFBytes(glyph), &decoded);
+    if (decoded.contourCount > 0) {
+        const VellOutline& points = decoded.outline;
+        if (outline.points.size() + points.points.size() > kMostDrawnPoints) return;
+        size_t base = outline.points.size();
+        for (const VellOutlinePoint& point : points.points) {
+            TDrawnPoint drawn;
+            Transform(matrix, point.x, point.y, &drawn.x, &drawn.y);
+            drawn.onCurve = point.kind != VellPointKind::QuadControl;
+            outline.points.push_back(drawn);
         }
+        for (uint32_t end : points.contourEnds) outline.contourEnds.push_back(base + end);
         return;
     }
-    if (contours == 0 || depth >= kMostComponentDepth) return;
-    size_t at = kComponentsOffset;
-    uint16_t flags = 0;
-    do {
-        if (!bytes.has(at, 4)) return;
-        flags = bytes.u16(at);
-        uint16_t component = bytes.u16(at + 2);
-        at += 4;
-        bool words = flags & kArg1And2AreWords;
-        bool offsets = flags & kArgsAreXYValues;
-        int32_t argument1 = words ? (offsets ? bytes.s16(at) : bytes.u16(at)) : (offsets ? bytes.s8(at) : bytes.u8(at));
-        int32_t argument2 = words ? (offsets ? bytes.s16(at + 2) : bytes.u16(at + 2))
-                                  : (offsets ? bytes.s8(at + 1) : bytes.u8(at + 1));
-        at += words ? 4 : 2;
-        double a = 1, b = 0, c = 0, d = 1;
-        if (flags & kWeHaveAScale) {
-            a = d = F2Dot14(bytes.s16(at));
-            at += 2;
-        } else if (flags & kWeHaveAnXAndYScale) {
-            a = F2Dot14(bytes.s16(at));
-            d = F2Dot14(bytes.s16(at + 2));
-            at += 4;
-        } else if (flags & kWeHaveATwoByTwo) {
-            a = F2Dot14(bytes.s16(at));
-            b = F2Dot14(bytes.s16(at + 2));
-            c = F2Dot14(bytes.s16(at + 4));
-            d = F2Dot14(bytes.s16(at + 6));
-            at += 8;
-        }
+    if (depth >= kMostComponentDepth) return;
+    for (const VellGlyphComponent& component : decoded.components) {
         // The component is placed first by its own transform alone, then moved by
         // its offset, or so that its point argument2 lies on the composite's point
         // argument1 (anchor points).
         TDrawnOutline placed;
-        const double local[6] = {a, b, c, d, 0, 0};
-        AppendGLYFGlyph(component, local, depth + 1, placed);
+        const double local[6] = {F2Dot14(component.matrix[0]), F2Dot14(component.matrix[1]),
+                                 F2Dot14(component.matrix[2]), F2Dot14(component.matrix[3]), 0, 0};
+        AppendGLYFGlyph(component.glyph, local, depth + 1, placed);
         double dx = 0, dy = 0;
-        if (offsets) {
-            dx = argument1;
-            dy = argument2;
-        } else if (static_cast<size_t>(argument1) < outline.points.size() &&
-                   static_cast<size_t>(argument2) < placed.points.size()) {
-            dx = outline.points[argument1].x - placed.points[argument2].x;
-            dy = outline.points[argument1].y - placed.points[argument2].y;
+        size_t parentPoint = static_cast<uint32_t>(component.argument1), childPoint = static_cast<uint32_t>(component.argument2);
+        if (component.flags & kArgsAreXYValues) {
+            dx = component.argument1;
+            dy = component.argument2;
+        } else if (parentPoint < outline.points.size() && childPoint < placed.points.size()) {
+            dx = outline.points[parentPoint].x - placed.points[childPoint].x;
+            dy = outline.points[parentPoint].y - placed.points[childPoint].y;
         }
         if (outline.points.size() + placed.points.size() > kMostDrawnPoints) return;
         size_t base = outline.points.size();
@@ -265,7 +228,7 @@ void TGlyphSource::AppendGLYFGlyph(uint32_t glyph, const double matrix[6], int d
             outline.points.push_back(moved);
         }
         for (size_t end : placed.contourEnds) outline.contourEnds.push_back(base + end);
-    } while (flags & kMoreComponents);
+    }
 }
 
 TDrawnOutline TGlyphSource::Outline(uint32_t glyph) {
@@ -567,10 +530,27 @@ private:
     std::string fHtml;
 };
 
-// Every glyph whose outline bytes differ, as the 'glyf' account finds them, and
-// also a glyph whose outline only one font has, and the glyphs past the other
-// font's glyph count, each drawn alone.
+// Under --opentype, the glyphs the outline account reports: pairs whose decoded
+// glyphs differ (paired by name as it pairs them), then glyphs only one font has.
+std::string DrawGLYFOutlineChanges(TGlyphSource& modified, TGlyphSource& original, uint32_t limit, uint32_t* drawn) {
+    FigureList figures(limit);
+    std::optional<GLYFOutlineChanges> changes =
+        OrNothing([&] { return FindGLYFOutlineChanges(modified.Context(), original.Context()); });
+    if (!changes) return figures.Finish("changed glyphs are", drawn);
+    for (auto [m, o] : changes->changed)
+        if (figures.Take()) figures.Add(DrawGlyphFigure({&modified, m}, {&original, o}, ""));
+    for (uint32_t glyph : changes->added)
+        if (figures.Take()) figures.Add(DrawGlyphFigure({&modified, glyph}, {}, "Added glyph"));
+    for (uint32_t glyph : changes->deleted)
+        if (figures.Take()) figures.Add(DrawGlyphFigure({}, {&original, glyph}, "Deleted glyph"));
+    return figures.Finish("changed glyphs are", drawn);
+}
+
+// Every glyph whose outline bytes differ, as the classic 'glyf' account finds
+// them, and also a glyph whose outline only one font has, and the glyphs past
+// the other font's glyph count, each drawn alone.
 std::string DrawGLYFChanges(TGlyphSource& modified, TGlyphSource& original, uint32_t limit, uint32_t* drawn) {
+    if (gOpenType) return DrawGLYFOutlineChanges(modified, original, limit, drawn);
     FigureList figures(limit);
     uint32_t shared = std::min(modified.GlyphCount(), original.GlyphCount());
     for (uint32_t glyph = 0; glyph < shared; ++glyph) {

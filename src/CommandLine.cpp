@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "VellCmpErrors.h"
+#include "dumpers/IgnoreRules.h"
 #include "dumpers/TTableDumper.h"
 
 namespace {
@@ -23,7 +24,7 @@ constexpr size_t kReportBufferBytes = size_t{1} << 20;
 
 // getopt_long's values for the long options without a letter of their own.
 enum : int { kSummaryValue = 256, kTablesValue, kExcludeTablesValue, kExitCodeValue, kColorValue, kLongHelpValue,
-             kOpenTypeValue, kPairValue, kHtmlValue, kHtmlMaxDrawingsValue };
+             kOpenTypeValue, kPairValue, kJsonValue, kIgnoreValue, kHtmlValue, kHtmlMaxDrawingsValue };
 
 struct LongOptionRow {
     unsigned flag;
@@ -52,6 +53,13 @@ const LongOptionRow kLongOptionRows[] = {
     {kLongOpenType, {"opentype", no_argument, nullptr, kOpenTypeValue},
      "\t--opentype Also decode the OpenType tables that otherwise print as hex: layout, outline and variation "
      "tables\n"},
+    {kLongJson, {"json", no_argument, nullptr, kJsonValue},
+     "\t--json Write the report as JSON Lines, one record per line: the pair, the tables added, deleted and "
+     "changed, each differing field, each added or deleted entry, differing byte ranges, warnings and errors\n"},
+    {kLongJson, {"ignore", required_argument, nullptr, kIgnoreValue},
+     "\t--ignore=RULE[,RULE...] Leave out the differences a rule names by its JSON path (head.modified, name.5, "
+     "hmtx.*.advanceWidth) or a whole table (DSIG); a table whose differences are all left out is unchanged. "
+     "build: the checksum adjustment, both dates and 'DSIG'\n"},
     {kLongHtml, {"html", required_argument, nullptr, kHtmlValue},
      "\t--html=FILE Also draw the run as one HTML page in FILE: the accounts of the changed tables, with the "
      "changed glyphs, advance widths and character mappings drawn; the text report goes to -o, and nowhere "
@@ -174,6 +182,8 @@ CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters, uns
             case kLongHelpValue: options.help = options.longHelp = true; break;
             case kOpenTypeValue: gOpenType = 1; break;
             case kPairValue: options.error = !ParsePairing(optarg); break;
+            case kJsonValue: gJsonOutput = 1; break;
+            case kIgnoreValue: options.error = !AddIgnoreRules(optarg, gIgnoreRules); break;
             case kHtmlValue: {
                 FILE* page = optarg[0] != '\0' ? OpenReportFile(optarg) : nullptr;
                 if (page == nullptr) {
@@ -194,7 +204,8 @@ CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters, uns
         }
     }
     bool terminal = isatty(fileno(gReportFile)) != 0;
-    gColorReport = ColorWanted(color, terminal, std::getenv("NO_COLOR"));
+    // JSON records are never coloured.
+    gColorReport = !gJsonOutput && ColorWanted(color, terminal, std::getenv("NO_COLOR"));
     // A report to a file or a pipe is written in large blocks (a CJK family's can
     // run to hundreds of megabytes); on a terminal it stays line by line.
     if (!terminal) std::setvbuf(gReportFile, nullptr, _IOFBF, kReportBufferBytes);

@@ -22,7 +22,8 @@ enum LongOption : unsigned {
     kLongExitCode = 1u << 5,  // --exit-code
     kLongOpenType = 1u << 6,  // --opentype
     kLongPair = 1u << 7,      // --pair=name|index
-    kLongHtml = 1u << 8,      // --html=FILE and --html-max-drawings=N
+    kLongJson = 1u << 8,      // --json and --ignore=RULE[,RULE...]
+    kLongHtml = 1u << 9,      // --html=FILE and --html-max-drawings=N
 };
 
 // A file -o opened, kept as it is until it is known to be none of the font files.

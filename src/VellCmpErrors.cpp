@@ -18,9 +18,11 @@ uint8_t gColorReport = 0;
 uint8_t gExitCodeByDifference = 0;
 uint8_t gOpenType = 0;
 uint8_t gPairFontsByIndex = 0;
+uint8_t gJsonOutput = 0;
 std::string gHtmlPath;
 uint32_t gHtmlMaxDrawings = 500;
 uint8_t gFontsDiffer = 0;
+void (*gMessageRecordHook)(const char* level, const std::string& message, const std::string& detail) = nullptr;
 
 // ---- Errors ----
 
@@ -64,7 +66,13 @@ void ReportError(ErrorRecord* record) {
     if (!record->name.empty()) std::fprintf(stderr, "\t%s\n", record->name.c_str());
     if (!record->sourceFile.empty())
         std::fprintf(stderr, "\tSource file %s, line %d\n", record->sourceFile.c_str(), record->sourceLine);
+    if (gMessageRecordHook != nullptr) gMessageRecordHook("error", message, record->name);
     record->code = kVellCmpAlreadyReported;
+}
+
+void ReportWarning(const std::string& text) {
+    std::fprintf(stderr, "##### WARNING! %s\n", text.c_str());
+    if (gMessageRecordHook != nullptr) gMessageRecordHook("warning", text, "");
 }
 
 bool ReportFrameworkError(ErrorRecord* record) {

@@ -24,6 +24,7 @@ extern uint8_t gColorReport;          // --color, as decided for the report stre
 extern uint8_t gExitCodeByDifference; // --exit-code: 0 identical, 1 different, 2 failure
 extern uint8_t gOpenType;             // --opentype: the handlers of the OpenType handler set as well
 extern uint8_t gPairFontsByIndex;     // --pair=index: the i-th font of each file, not fonts of one name
+extern uint8_t gJsonOutput;           // --json: the report as JSON Lines records
 extern std::string gHtmlPath;         // --html: the page drawn of the whole run (none when empty)
 extern uint32_t gHtmlMaxDrawings;     // --html-max-drawings: drawings per table on that page
 
@@ -49,6 +50,13 @@ void MapFrameworkError(ErrorRecord* record);
 // Prints a record's message, name and source place to standard error, then marks
 // it reported (-7). Codes outside -6..-1 print nothing.
 void ReportError(ErrorRecord* record);
+
+// Under --json the report sets this, and every error and warning line written to
+// standard error is also written as a record of that level ("error", "warning").
+extern void (*gMessageRecordHook)(const char* level, const std::string& message, const std::string& detail);
+// A "##### WARNING!" line on standard error (text is what follows the mark), and
+// its record under --json.
+void ReportWarning(const std::string& text);
 
 // When a framework call left a code in the record: maps it, reports it and
 // answers true; otherwise false.

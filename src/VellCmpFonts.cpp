@@ -1,8 +1,11 @@
 #include "VellCmpFonts.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "comparators/TTableComparator.h"
+#include "dumpers/IgnoreRules.h"
+#include "dumpers/TJsonReport.h"
 #include "dumpers/TableHandlers.h"
 #include "framework/VellTables.h"
 #include "html/HtmlPage.h"
@@ -57,19 +60,30 @@ bool TableChanged(VellFontRef modifiedFont, VellFontRef originalFont, VellTag ta
     return !(modified.sub(0, compareLength) == original.sub(0, compareLength));
 }
 
-// Lists the tables of `font` that `other` lacks, in the report and on the page.
-bool ListTablesMissingFrom(VellFontRef font, uint32_t count, VellFontRef other, TableList list, ErrorRecord* record) {
+// A line of the report's frame; under --json the records alone say it.
+void PrintFrameLine(const char* line) {
+    if (gJsonReport == nullptr) std::fputs(line, gReportFile);
+}
+
+// Lists the tables of `font` that `other` lacks (`kind` says which list): a line
+// each, or a record each under --json. A table --ignore names is not listed.
+bool ListTablesMissingFrom(VellFontRef font, uint32_t count, VellFontRef other, DifferenceKind kind,
+                           ErrorRecord* record) {
     for (uint32_t index = 1; index <= count; ++index) {
         VellTag tag = 0;
         uint32_t length = VellGetFontTable(font, index, nullptr, &tag, record);
         if (ReportFrameworkError(record)) return false;
         uint32_t otherLength = VellFindFontTable(other, tag, nullptr, nullptr, record);
         if (ReportFrameworkError(record)) return false;
-        if (otherLength == 0) {
-            gFontsDiffer = 1;
+        if (otherLength != 0 || (!gIgnoreRules.empty() && TableIgnored(tag))) continue;
+        gFontsDiffer = 1;
+        if (gJsonReport != nullptr)
+            gJsonReport->TableRecord(kind, tag, kind == DifferenceKind::Added ? length : 0,
+                                     kind == DifferenceKind::Deleted ? length : 0);
+        else
             std::fprintf(gReportFile, "\t'%s' %d bytes\n", VellTagText(tag).c_str(), static_cast<int32_t>(length));
-            if (gHtmlPage) gHtmlPage->ListTable(list, tag, length, 0);
-        }
+        if (gHtmlPage)
+            gHtmlPage->ListTable(kind == DifferenceKind::Added ? TableList::kAdded : TableList::kDeleted, tag, length, 0);
     }
     return true;
 }
@@ -83,6 +97,26 @@ bool TableGetsAccount(VellTag tag) {
     return (gAccountTables.empty() || named(gAccountTables)) && !named(gExcludedTables);
 }
 
+// Whether a changed table has a difference that no --ignore rule names: its
+// comparison run as a counting pass, which prints nothing. Null after a failure,
+// reported as the account's own would be.
+std::optional<bool> ReportsDifferences(TFontContext& modified, TFontContext& original, VellTag tag,
+                                       ErrorRecord* record) {
+    try {
+        std::unique_ptr<TTableComparator> comparator = MakeTableComparator(modified, original, tag, gReportFile);
+        // A table without a comparison ('loca') has no fields to leave out.
+        if (!comparator) return true;
+        comparator->SetCountingPass();
+        comparator->DumpTable();
+        return comparator->DifferencesCounted() != 0;
+    } catch (const TVellCmpException&) {
+        VellSetErrorSource(record, kVellCmpFontsSource, kComparatorExceptionLine);
+        record->code = kVellCmpInternalError;
+        ReportError(record);
+        return std::nullopt;
+    }
+}
+
 }  // namespace
 
 void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* record) {
@@ -93,14 +127,14 @@ void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* 
     uint32_t originalCount = VellCountFontTables(originalFont, record);
     if (ReportFrameworkError(record)) return;
 
-    std::fprintf(gReportFile, "##### Tables added (in modified font and not original font)\n");
-    if (!ListTablesMissingFrom(modifiedFont, modifiedCount, originalFont, TableList::kAdded, record)) return;
-    std::fprintf(gReportFile, "##### End tables added\n\n");
-    std::fprintf(gReportFile, "##### Tables deleted (in original font but not in modified font)\n");
-    if (!ListTablesMissingFrom(originalFont, originalCount, modifiedFont, TableList::kDeleted, record)) return;
-    std::fprintf(gReportFile, "#####End tables deleted\n\n");
+    PrintFrameLine("##### Tables added (in modified font and not original font)\n");
+    if (!ListTablesMissingFrom(modifiedFont, modifiedCount, originalFont, DifferenceKind::Added, record)) return;
+    PrintFrameLine("##### End tables added\n\n");
+    PrintFrameLine("##### Tables deleted (in original font but not in modified font)\n");
+    if (!ListTablesMissingFrom(originalFont, originalCount, modifiedFont, DifferenceKind::Deleted, record)) return;
+    PrintFrameLine("#####End tables deleted\n\n");
 
-    std::fprintf(gReportFile, "##### Tables changed\n");
+    PrintFrameLine("##### Tables changed\n");
     // What the comparators ask of each font is read once for the whole pair.
     TFontContext modifiedContext(modifiedFont), originalContext(originalFont);
     for (uint32_t index = 1; index <= modifiedCount; ++index) {
@@ -114,18 +148,30 @@ void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* 
         bool changed = TableChanged(modifiedFont, originalFont, tag, modifiedLength, originalLength, record, &failed);
         if (failed) return;
         if (!changed) continue;
+        if (!gIgnoreRules.empty()) {
+            // A table whose every difference --ignore names is unchanged.
+            if (TableIgnored(tag)) continue;
+            if (TableHasIgnoredFields(tag)) {
+                std::optional<bool> counted = ReportsDifferences(modifiedContext, originalContext, tag, record);
+                if (!counted) return;
+                if (!*counted) continue;
+            }
+        }
 
         gFontsDiffer = 1;
         std::string tagText = VellTagText(tag);
         if (gVerbose) std::fprintf(stderr, "Found a delta in the '%s' tables\n", tagText.c_str());
         if (gHtmlPage) gHtmlPage->ListTable(TableList::kChanged, tag, modifiedLength, originalLength);
-        if (gSummaryOnly) {
+        if (gJsonReport != nullptr) {
+            gJsonReport->TableRecord(DifferenceKind::Changed, tag, modifiedLength, originalLength);
+            if (gSummaryOnly) continue;
+        } else if (gSummaryOnly) {
             // Both sizes, as the account's header lines would give them.
             std::fprintf(gReportFile, "\t'%s' %d bytes (%d bytes in the original font)\n", tagText.c_str(),
                          static_cast<int32_t>(modifiedLength), static_cast<int32_t>(originalLength));
             continue;
         }
-        std::fprintf(gReportFile, "\n\t'%s'\n", tagText.c_str());
+        if (gJsonReport == nullptr) std::fprintf(gReportFile, "\n\t'%s'\n", tagText.c_str());
         if (!TableGetsAccount(tag)) continue;
         try {
             TAccountCapture account;
@@ -144,7 +190,7 @@ void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* 
             return;
         }
     }
-    std::fprintf(gReportFile, "#####End tables changed\n\n");
+    PrintFrameLine("#####End tables changed\n\n");
 }
 
 // ---- The registry ----

@@ -6,11 +6,13 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "CommandLine.h"
 #include "FontFiles.h"
 #include "VellCmpFonts.h"
+#include "dumpers/TJsonReport.h"
 #include "framework/VellNames.h"
 #include "framework/VellTables.h"
 #include "html/HtmlPage.h"
@@ -29,7 +31,7 @@ constexpr const char* kHeaderRule = "===========================================
 // The long options vellcmp takes.
 constexpr unsigned kVellcmpLongOptions =
     kLongHelp | kLongVersion | kLongColor | kLongSummary | kLongTables | kLongExitCode | kLongOpenType |
-    kLongPair | kLongHtml;
+    kLongPair | kLongJson | kLongHtml;
 
 void PrintUsage(const std::string& name, bool longOptions) {
     PrintVersion(name);
@@ -74,7 +76,7 @@ void WarnOfTablesNeitherFontHas(VellFontRef modifiedFont, VellFontRef originalFo
         ErrorRecord scratch;
         if (VellFindFontTable(modifiedFont, *tag, nullptr, nullptr, &scratch) != 0) continue;
         if (VellFindFontTable(originalFont, *tag, nullptr, nullptr, &scratch) != 0) continue;
-        std::fprintf(stderr, "##### WARNING! --tables names '%s', which neither font has!\n", VellTagText(*tag).c_str());
+        ReportWarning("--tables names '" + VellTagText(*tag) + "', which neither font has!");
     }
 }
 
@@ -84,7 +86,9 @@ void WarnOfTablesNeitherFontHas(VellFontRef modifiedFont, VellFontRef originalFo
 int DiffFontFiles(const char* modifiedPath, const char* originalPath) {
     ErrorRecord record;
     ClearUSN(&record);
-    if (gVerbose) std::fprintf(gReportFile, "Diffing \"%s\" and \"%s\"\n", modifiedPath, originalPath);
+    // Under --json the report holds records only.
+    if (gVerbose)
+        std::fprintf(gJsonReport ? stderr : gReportFile, "Diffing \"%s\" and \"%s\"\n", modifiedPath, originalPath);
 
     VellFSSpec modifiedSpec, originalSpec;
     if (OpenFontFile(modifiedPath, &modifiedSpec, true) != 0) return 1;
@@ -107,10 +111,11 @@ int DiffFontFiles(const char* modifiedPath, const char* originalPath) {
     }
 
     auto dispose = [&] { return DisposeAndReport(modifiedList, modifiedCount, originalList, originalCount, &record); };
-    // One pair, under its header unless -f chose it; 0, or 1 once the failure is reported.
+    // One pair, under its header unless -f chose it (under --json, always after
+    // its pair record); 0, or 1 once the failure is reported.
     auto diffPair = [&](VellFontRef modifiedFont, VellFontRef originalFont, bool header) {
         if (gHtmlPage) gHtmlPage->BeginPair(modifiedPath, originalPath, modifiedFont, originalFont);
-        if (header) {
+        if (header || gJsonReport != nullptr) {
             std::string modifiedName, modifiedVersion, originalName, originalVersion;
             GetFontNameUTF8(modifiedFont, kFullNameCode, &modifiedName, &record);
             if (record.code == 0) GetFontNameUTF8(modifiedFont, kVersionNameCode, &modifiedVersion, &record);
@@ -118,14 +123,19 @@ int DiffFontFiles(const char* modifiedPath, const char* originalPath) {
             if (record.code == 0) GetFontNameUTF8(originalFont, kVersionNameCode, &originalVersion, &record);
             if (record.code != 0) return 1;
 
-            std::fprintf(gReportFile, "%s\n", kHeaderRule);
-            std::fprintf(gReportFile, "Original font: \n");
-            std::fprintf(gReportFile, "  file name: %s, full name: %s, version: %s\n", originalPath,
-                         originalName.c_str(), originalVersion.c_str());
-            std::fprintf(gReportFile, "Modified font:\n");
-            std::fprintf(gReportFile, "  file name: %s, full name: %s, version: %s\n\n", modifiedPath,
-                         modifiedName.c_str(), modifiedVersion.c_str());
-            std::fprintf(gReportFile, "%s\n\n", kHeaderRule);
+            if (gJsonReport != nullptr) {
+                gJsonReport->PairRecord(originalPath, originalName, originalVersion, modifiedPath, modifiedName,
+                                        modifiedVersion);
+            } else {
+                std::fprintf(gReportFile, "%s\n", kHeaderRule);
+                std::fprintf(gReportFile, "Original font: \n");
+                std::fprintf(gReportFile, "  file name: %s, full name: %s, version: %s\n", originalPath,
+                             originalName.c_str(), originalVersion.c_str());
+                std::fprintf(gReportFile, "Modified font:\n");
+                std::fprintf(gReportFile, "  file name: %s, full name: %s, version: %s\n\n", modifiedPath,
+                             modifiedName.c_str(), modifiedVersion.c_str());
+                std::fprintf(gReportFile, "%s\n\n", kHeaderRule);
+            }
         }
         WarnOfTablesNeitherFontHas(modifiedFont, originalFont);
         DiffFonts(modifiedFont, originalFont, &record);
@@ -141,7 +151,7 @@ int DiffFontFiles(const char* modifiedPath, const char* originalPath) {
     auto warnUnpaired = [](const std::string& fullName) {
         // A font dropped from a family is a difference for --exit-code.
         gFontsDiffer = 1;
-        std::fprintf(stderr, "##### WARNING! Could not find match for font %s!\n", fullName.c_str());
+        ReportWarning("Could not find match for font " + fullName + "!");
     };
 
     if (!gFontName.empty()) {
@@ -214,9 +224,18 @@ int main(int argc, char* argv[]) {
     // With --html and no -o the page is the only output asked for: the text
     // report goes nowhere.
     FILE* page = options.htmlFile.stream;
-    if (page != nullptr && options.reportFiles.empty() && optind == argc - 2) {
+    if (page != nullptr && options.reportFiles.empty() && !gJsonOutput && optind == argc - 2) {
         FILE* nowhere = std::fopen("/dev/null", "w");
         if (nowhere != nullptr) gReportFile = nowhere;
+    }
+    // Under --json every record, errors and warnings too, goes to the report.
+    std::optional<TJsonReport> json;
+    if (gJsonOutput && optind == argc - 2) {
+        json.emplace(gReportFile);
+        gJsonReport = &*json;
+        gMessageRecordHook = [](const char* level, const std::string& message, const std::string& detail) {
+            gJsonReport->MessageRecord(level, message, detail);
+        };
     }
     if (options.help || optind == argc) PrintUsage(name, options.longHelp);
     if (options.version) PrintVersion(name);
@@ -240,6 +259,9 @@ int main(int argc, char* argv[]) {
         if (result == 0) return gExitCodeByDifference && gFontsDiffer ? 1 : 0;
         std::fprintf(stderr, "##### ERROR:  Aborting after failure to diff %s and %s.\n", argv[optind + 1],
                      argv[optind]);
+        if (gMessageRecordHook != nullptr)
+            gMessageRecordHook("error", std::string("Aborting after failure to diff ") + argv[optind + 1] + " and " +
+                                            argv[optind] + ".", "");
         return failure;
     }
     std::fprintf(stderr,

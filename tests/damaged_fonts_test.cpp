@@ -8,11 +8,18 @@
 
 #include <algorithm>
 #include <chrono>
+#include <map>
 #include <cstdio>
 #include <random>
 
+#include <rapidjson/document.h>
+
+#include <sstream>
+
 #include "VellCmpFonts.h"
 #include "VellDumpFonts.h"
+#include "dumpers/IgnoreRules.h"
+#include "dumpers/TJsonReport.h"
 #include "dumpers/TTableDumper.h"
 #include "dumpers/TableHandlers.h"
 #include "html/HtmlPage.h"
@@ -26,6 +33,9 @@ constexpr auto kRunLimit = std::chrono::seconds(10);
 constexpr int kVariantsPerTableAndDamage = 25;
 // One variant in this many also runs through the tools as a process.
 constexpr int kProcessEvery = 40;
+// One variant in this many is also compared under --json, with --ignore rules
+// that send tables through a counting pass.
+constexpr int kJsonEvery = 3;
 // One variant in this many is also compared with an --html page drawn, of at
 // most 50 figures per table and each table's account cut at its page limit.
 constexpr int kPageEvery = 5;
@@ -92,6 +102,34 @@ std::string Report(Run run) {
     return out.Text();
 }
 
+// A --json report of a damaged pair: every line a whole record, and no table's
+// records past its budget (a little more, for the record that crossed it).
+void ExpectRecords(const std::string& report, const std::string& what) {
+    std::istringstream lines(report);
+    std::map<std::string, uint64_t> bytesOfTable;
+    for (std::string line; std::getline(lines, line);) {
+        rapidjson::Document record;
+        record.Parse(line.c_str());
+        ASSERT_FALSE(record.HasParseError()) << what << ": " << line.substr(0, 200);
+        if (record.HasMember("table")) bytesOfTable[record["table"].GetString()] += line.size() + 1;
+    }
+    for (const auto& [tag, bytes] : bytesOfTable)
+        EXPECT_LE(bytes, TTableDumper::kAccountFloorBytes + kReportFrameBytes) << what << ": '" << tag << "'";
+}
+
+void CompareAsRecords(VellFontRef modified, VellFontRef original) {
+    std::vector<IgnoreRule> saved = gIgnoreRules;
+    AddIgnoreRules("head.modified,name.5,hmtx.*.lsb,cmap.3.1.0,glyf.1,OS/2.achVendID", gIgnoreRules);
+    {
+        TJsonReport json(gReportFile);
+        gJsonReport = &json;
+        ErrorRecord record;
+        DiffFonts(modified, original, &record);
+        gJsonReport = nullptr;
+    }
+    gIgnoreRules = saved;
+}
+
 // Every table, or only those named in `only`.
 void DamageEveryTable(const FontTables& original, uint32_t seed, const std::vector<std::string>& only = {}) {
     std::mt19937 random(seed);
@@ -133,6 +171,8 @@ void DamageEveryTable(const FontTables& original, uint32_t seed, const std::vect
                 ExpectAccountsWithinBudget(Report([&] { DiffFonts(originalFont.font(), modifiedFont.font(), &record); }),
                                            what);
                 ExpectAccountsWithinBudget(Report([&] { DumpFont(modifiedFont.font(), {}); }), what);
+                if (variant % kJsonEvery == 0)
+                    ExpectRecords(Report([&] { CompareAsRecords(modifiedFont.font(), originalFont.font()); }), what);
                 if (variant % kProcessEvery != 0) continue;
                 std::string modifiedPath = dir.Write("modified.ttf", modifiedFile);
                 std::vector<std::string> switches = {"-p", "-u"};

@@ -12,6 +12,8 @@ constexpr size_t kDeltaRowBytes = 8;
 constexpr size_t kDeltaRowChars = 4 + 11 + 2 * (3 * kDeltaRowBytes + 3 + kDeltaRowBytes) + 4 + 1;
 // Rows are written a block at a time: a 20 MB table makes millions of them.
 constexpr size_t kDeltaBlockChars = 64 * 1024;
+// The most bytes of each table one --json record of differing bytes holds.
+constexpr size_t kDeltaRangeBytes = 4096;
 
 }  // namespace
 
@@ -56,6 +58,7 @@ int32_t TTableComparator::DumpTableContents() {
 
 int32_t TTableComparator::DumpTableDeltas() {
     if (!HasBothTables()) return 1;
+    if (WritesRecords() || IsCountingPass()) return ReportDifferingRanges();
     VellView modified = GetTableView();
     VellView original = GetOriginalTableView();
     size_t rows = (std::max(modified.size(), original.size()) + 7) / kDeltaRowBytes;
@@ -90,6 +93,34 @@ int32_t TTableComparator::DumpTableDeltas() {
     return 0;
 }
 
+// The rows the hex listing marks as differing, joined into ranges while they
+// follow one another; a range ends at kDeltaRangeBytes, so that no record holds
+// more than that of either table.
+int32_t TTableComparator::ReportDifferingRanges() {
+    VellView modified = GetTableView();
+    VellView original = GetOriginalTableView();
+    size_t end = std::max(modified.size(), original.size());
+    size_t rangeStart = 0, rangeEnd = 0;
+    auto report = [&] {
+        if (rangeEnd > rangeStart)
+            ReportDifferingBytes(rangeStart, modified.sub(rangeStart, rangeEnd - rangeStart),
+                                 original.sub(rangeStart, rangeEnd - rangeStart));
+    };
+    for (size_t offset = 0; offset < end && !OutputExhausted(); offset += kDeltaRowBytes) {
+        size_t m = offset < modified.size() ? std::min(kDeltaRowBytes, modified.size() - offset) : 0;
+        size_t o = offset < original.size() ? std::min(kDeltaRowBytes, original.size() - offset) : 0;
+        bool different = m != o || !(modified.sub(offset, m) == original.sub(offset, o));
+        if (!different) continue;
+        if (offset != rangeEnd || rangeEnd - rangeStart >= kDeltaRangeBytes) {
+            report();
+            rangeStart = offset;
+        }
+        rangeEnd = offset + kDeltaRowBytes;
+    }
+    report();
+    return 0;
+}
+
 bool TTableComparator::FieldDiffers(const FieldRow& row, VellView modified, VellView original) {
     uint32_t at = row.offset;
     switch (FieldWidth(row.kind)) {
@@ -104,6 +135,9 @@ bool TTableComparator::FieldDiffers(const FieldRow& row, VellView modified, Vell
 
 void TTableComparator::CompareFieldRow(int indent, const FieldRow& row, VellView modified, VellView original) {
     if (!FieldDiffers(row, modified, original)) return;
+    // A field without a key of its own is named by its offset.
+    auto step = row.key != nullptr ? PathStep(row.key) : PathStep(row.offset);
+    if (!ShowsChange(step, row.kind, FieldBits(row, modified), FieldBits(row, original))) return;
     PrintFieldRow(indent, row, ModLabel(row.label), modified);
     PrintFieldRow(indent, row, OrigLabel(row.label), original);
 }

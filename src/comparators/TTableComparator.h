@@ -54,6 +54,8 @@ public:
                              std::string_view modifiedLabel, std::string_view originalLabel);
 
 protected:
+    // The hex listing's differing rows as --json records of byte ranges.
+    int32_t ReportDifferingRanges();
     uint64_t AccountedTableBytes() const override { return GetTableSize() + GetOriginalTableView().size(); }
 
 private:

@@ -12,13 +12,15 @@
 class TTableDumper;
 
 enum class FieldKind : uint8_t {
-    Version,       // 16.16, PrintVersionField: both halves as whole numbers
-    Fixed,         // signed 16.16, PrintFixedField: as a decimal
-    Int32,         // 32 bits, PrintInt32Field, decimal
-    Int32Hex,      // 32 bits, PrintInt32Field, hexadecimal
-    UInt16,        // PrintUInt16Field, decimal
-    UInt16Hex,     // PrintUInt16Field, hexadecimal
-    Int16,         // PrintInt16Field, decimal
+    Version,         // 16.16 version, PrintVersionField: both halves as whole numbers
+    FixedAsVersion,  // signed 16.16 value, printed as a version is (1.07 reads 1.4587)
+    Fixed,           // signed 16.16, PrintFixedField: as a decimal
+    Int32,           // 32 bits (unsigned in every layout), PrintInt32Field, decimal, signed
+    Int32Hex,        // 32 bits (unsigned in every layout), PrintInt32Field, hexadecimal
+    UInt16,          // PrintUInt16Field, decimal
+    UInt16Hex,       // PrintUInt16Field, hexadecimal
+    UInt16AsSigned,  // unsigned 16 bits (a count), printed signed as PrintInt16Field does
+    Int16,           // PrintInt16Field, decimal
     UInt8,         // PrintUInt8Field, decimal
     Int8,          // PrintInt8Field, decimal
     Tag,           // four bytes, PrintTagField
@@ -32,10 +34,13 @@ enum class FieldKind : uint8_t {
 // after a macStyle, say).
 using FieldDetails = void (*)(TTableDumper& dumper, uint32_t value);
 
+// The key names the field in a --json record and an --ignore rule: the field's
+// name in the table's published layout, whatever the label says.
 struct FieldRow {
     uint32_t offset;
     FieldKind kind;
     const char* label;
+    const char* key = nullptr;
     FieldDetails details = nullptr;
 };
 
@@ -47,6 +52,7 @@ constexpr uint32_t FieldWidth(FieldKind kind) {
             return 1;
         case FieldKind::UInt16:
         case FieldKind::UInt16Hex:
+        case FieldKind::UInt16AsSigned:
         case FieldKind::Int16:
         case FieldKind::FontName:
             return 2;

@@ -233,6 +233,74 @@ void TTableDumper::CloseAccountBudget() {
     fAccountCut = false;
 }
 
+void TTableDumper::WriteRecord(std::string_view type, const std::function<void(JsonWriter&)>& members) {
+    if (fAccountCut || !WritesRecords()) return;
+    uint64_t before = gJsonReport->BytesWritten();
+    JsonWriter& writer = gJsonReport->BeginRecord(type);
+    writer.Key("table");
+    WriteTag(writer, fTag);
+    try {
+        members(writer);
+    } catch (...) {
+        gJsonReport->AbandonRecord();
+        throw;
+    }
+    gJsonReport->EndRecord();
+    fAccountBytes += gJsonReport->BytesWritten() - before;
+    if (fAccountBytes <= fAccountLimit) return;
+    // Records go out whole, so the cut falls after the record that crossed the budget.
+    fAccountCut = true;
+    gJsonReport->MessageRecord("warning", "The account of '" + VellTagText(fTag) + "' was cut at " +
+                                              std::to_string(fAccountBytes) + " bytes: an account prints at most " +
+                                              std::to_string(kAccountBytesPerTableByte) +
+                                              " times the size of the tables it shows, or 16 MB when that is more "
+                                              "(a damaged table?)");
+}
+
+bool TTableDumper::FilterDifference(DifferenceKind kind, PathStep step,
+                                    const std::function<void(JsonWriter&)>& values) {
+    fPath.push_back(std::move(step));
+    bool shown = gIgnoreRules.empty() || !DifferenceIgnored(fTag, fPath);
+    if (shown) {
+        ++fDifferences;
+        static constexpr const char* kChanges[] = {"changed", "added", "deleted"};
+        WriteRecord(kind == DifferenceKind::Changed ? "field" : "entry", [&](JsonWriter& writer) {
+            if (kind != DifferenceKind::Changed) {
+                writer.Key("change");
+                writer.String(kChanges[static_cast<size_t>(kind)]);
+            }
+            WritePath(writer);
+            values(writer);
+        });
+    }
+    fPath.pop_back();
+    return shown && !fCountOnly && gJsonReport == nullptr;
+}
+
+void TTableDumper::ReportDifferingBytes(size_t offset, VellView modified, VellView original) {
+    ++fDifferences;
+    WriteRecord("bytes", [&](JsonWriter& writer) {
+        writer.Key("offset");
+        writer.Uint64(offset);
+        writer.Key("original");
+        WriteHex(writer, original.data(), original.size());
+        writer.Key("modified");
+        WriteHex(writer, modified.data(), modified.size());
+    });
+}
+
+void TTableDumper::WritePath(JsonWriter& writer) const {
+    writer.Key("path");
+    writer.StartArray();
+    for (const PathStep& step : fPath) {
+        if (step.isNumber)
+            writer.Int64(step.number);
+        else
+            WriteText(writer, step.text);
+    }
+    writer.EndArray();
+}
+
 void TTableDumper::CutAccount(std::string_view bytes) {
     // Only whole lines go out before the cut, so that no value is shown half printed.
     std::string_view fitting = bytes.substr(0, static_cast<size_t>(fAccountLimit - fAccountBytes));
@@ -253,6 +321,8 @@ void TTableDumper::CutAccount(std::string_view bytes) {
 
 void TTableDumper::WriteRaw(std::string_view bytes) {
     if (fOutput == nullptr || bytes.empty() || fAccountCut) return;
+    // Under --json and in a counting pass the lines are put together and dropped.
+    if (fCountOnly || gJsonReport != nullptr) return;
     if (bytes.size() > fAccountLimit - fAccountBytes) return CutAccount(bytes);
     fAccountBytes += bytes.size();
     Emit(bytes);
@@ -567,12 +637,14 @@ void TTableDumper::PrintIndexedPoint(int indent, int32_t number, int32_t x, int3
 void TTableDumper::PrintFieldRow(int indent, const FieldRow& row, std::string_view label, VellView table) {
     uint32_t at = row.offset;
     switch (row.kind) {
-        case FieldKind::Version: PrintVersionField(indent, label, table.u32(at)); break;
+        case FieldKind::Version:
+        case FieldKind::FixedAsVersion: PrintVersionField(indent, label, table.u32(at)); break;
         case FieldKind::Fixed: PrintFixedField(indent, label, table.s32(at)); break;
         case FieldKind::Int32: PrintInt32Field(indent, label, table.s32(at), false, true); break;
         case FieldKind::Int32Hex: PrintInt32Field(indent, label, table.s32(at), true, true); break;
         case FieldKind::UInt16: PrintUInt16Field(indent, label, table.u16(at), false); break;
         case FieldKind::UInt16Hex: PrintUInt16Field(indent, label, table.u16(at), true); break;
+        case FieldKind::UInt16AsSigned:
         case FieldKind::Int16: PrintInt16Field(indent, label, table.s16(at), false); break;
         case FieldKind::UInt8: PrintUInt8Field(indent, label, table.u8(at), false); break;
         case FieldKind::Int8: PrintInt8Field(indent, label, table.s8(at), false); break;
@@ -582,9 +654,15 @@ void TTableDumper::PrintFieldRow(int indent, const FieldRow& row, std::string_vi
         case FieldKind::DateHighWord: PrintDateField(indent, label, table.u64(at)); break;
         case FieldKind::FontName: PrintFontNameField(indent, label, table.u16(at)); break;
     }
-    if (row.details != nullptr) {
-        uint32_t width = FieldWidth(row.kind);
-        row.details(*this, width == 1 ? table.u8(at) : width == 2 ? table.u16(at) : table.u32(at));
+    if (row.details != nullptr) row.details(*this, static_cast<uint32_t>(FieldBits(row, table)));
+}
+
+uint64_t TTableDumper::FieldBits(const FieldRow& row, VellView table) {
+    switch (FieldWidth(row.kind)) {
+        case 1: return table.u8(row.offset);
+        case 2: return table.u16(row.offset);
+        case 8: return table.u64(row.offset);
+        default: return table.u32(row.offset);
     }
 }
 

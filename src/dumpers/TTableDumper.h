@@ -9,12 +9,16 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "dumpers/FieldRow.h"
+#include "dumpers/IgnoreRules.h"
 #include "dumpers/TFontContext.h"
+#include "dumpers/TJsonReport.h"
 #include "framework/VellFontFile.h"
 #include "framework/VellMemory.h"
 #include "framework/VellView.h"
@@ -89,11 +93,64 @@ public:
     void PrintIndexedUInt16(int indent, int32_t number, uint16_t value, bool hex);
     void PrintIndexedPoint(int indent, int32_t number, int32_t x, int32_t y);
 
+    // ---- Differences ----
+    // Every difference a comparator finds passes here before its lines are
+    // printed, named by its path: the steps of the enclosing PathScopes, then
+    // `step`. The answer is whether the text report prints it: not when an
+    // --ignore rule names it; not in a counting pass, which only counts it; and
+    // not under --json, where it becomes a record instead, with the members that
+    // `values` writes ("original" and "modified" for a change, "value" for an
+    // entry only one font has). Without those options nothing else runs.
+    template <typename Step, typename Values>
+    bool ShowsDifference(DifferenceKind kind, Step step, Values values) {
+        if (gJsonReport == nullptr && gIgnoreRules.empty() && !fCountOnly) return true;
+        return FilterDifference(kind, PathStep(step), values);
+    }
+    // A changed value of a fixed layout's field kind, as a changed-value pair.
+    template <typename Step>
+    bool ShowsChange(Step step, FieldKind kind, uint64_t modifiedBits, uint64_t originalBits) {
+        return ShowsDifference(DifferenceKind::Changed, step, [&](JsonWriter& writer) {
+            writer.Key("original");
+            WriteFieldValue(writer, kind, originalBits);
+            writer.Key("modified");
+            WriteFieldValue(writer, kind, modifiedBits);
+        });
+    }
+    // A range of differing bytes of a table without a handler: a record with
+    // both sides in hexadecimal, counted as one difference.
+    void ReportDifferingBytes(size_t offset, VellView modified, VellView original);
+    // Whether an --ignore rule names everything under the enclosing PathScopes,
+    // so that even their headings are left out.
+    bool ScopeIgnored() const { return !gIgnoreRules.empty() && DifferenceIgnored(fTag, fPath); }
+    // The steps of the path below a table; a scope adds one for as long as it lives.
+    class PathScope {
+    public:
+        PathScope(TTableDumper& dumper, PathStep step) : fDumper(dumper) { fDumper.fPath.push_back(std::move(step)); }
+        ~PathScope() { fDumper.fPath.pop_back(); }
+        PathScope(const PathScope&) = delete;
+        PathScope& operator=(const PathScope&) = delete;
+
+    private:
+        TTableDumper& fDumper;
+    };
+    // A counting pass prints nothing and writes no record; it counts the
+    // differences that no --ignore rule names.
+    void SetCountingPass() { fCountOnly = true; }
+    bool IsCountingPass() const { return fCountOnly; }
+    uint64_t DifferencesCounted() const { return fDifferences; }
+    // Whether the account goes out as JSON records rather than as text lines.
+    bool WritesRecords() const { return gJsonReport != nullptr && !fCountOnly; }
+    // Writes one record of the account ({"type": type, "table": tag, ...}), held
+    // to the account's budget like its lines.
+    void WriteRecord(std::string_view type, const std::function<void(JsonWriter&)>& members);
+
     // ---- Fixed layouts ----
     // One field of `table`, printed under `label` with the row's print operation,
     // followed by the row's detail lines.
     void PrintFieldRow(int indent, const FieldRow& row, std::string_view label, VellView table);
     void DumpFieldRows(int indent, std::span<const FieldRow> rows, VellView table);
+    // A field's bits as its width reads them, zero-extended.
+    static uint64_t FieldBits(const FieldRow& row, VellView table);
 
     // ---- The table and its font ----
     const VellHandle& GetTableHandle() const { return fTable; }
@@ -128,6 +185,9 @@ protected:
     void PrintNumberField(int indent, std::string_view label, int64_t value, int hexDigits, bool lineEnd);
 
 private:
+    bool FilterDifference(DifferenceKind kind, PathStep step, const std::function<void(JsonWriter&)>& values);
+    void WritePath(JsonWriter& writer) const;
+
     // With --color, lines are held until their end, then written wrapped in the
     // colour of what they show; FlushPendingLine writes a line left open as it is.
     void WriteColoredLines(std::string_view bytes);
@@ -149,6 +209,9 @@ private:
     uint64_t fAccountBytes = 0;
     bool fAccountCut = false;
     bool fAtLineStart = true;
+    std::vector<PathStep> fPath;
+    bool fCountOnly = false;
+    uint64_t fDifferences = 0;
 };
 
 // The printable form of a byte in a hex listing's character column: itself, or

@@ -137,7 +137,8 @@ void THtmlPage::ListTable(TableList list, VellTag tag, uint32_t length, uint32_t
 }
 
 void THtmlPage::AddAccount(std::string_view text, size_t size) {
-    if (!fPair || fPair->changed.empty()) return;
+    // Under --json the accounts are records, and no text reaches the page.
+    if (!fPair || fPair->changed.empty() || size == 0) return;
     Pair::Section& section = fPair->changed.back();
     section.hasAccount = true;
     text = text.substr(0, kMostAccountBytes);

@@ -7,7 +7,7 @@
 namespace {
 
 constexpr FieldRow kMetricsVariationsHeaderRows[] = {
-    {0, FieldKind::Version, "Version"},
+    {0, FieldKind::Version, "Version", "version"},
 };
 constexpr size_t kItemVariationStoreOffset = 4;
 

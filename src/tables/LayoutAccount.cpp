@@ -51,12 +51,6 @@ VellGlyphText TextOf(GlyphWriter& writer) {
     return [&writer](uint16_t glyph) { return writer(glyph); };
 }
 
-void PrintCut(TTableDumper& dumper, const char* font) {
-    dumper.PrintLine(VellFormat("### The %s account was cut: the table holds more rules than its size allows listing.",
-                                font),
-                     true);
-}
-
 }  // namespace
 
 std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> PairLayoutLists(
@@ -95,6 +89,52 @@ std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> Pai
     return pairs;
 }
 
+namespace {
+
+// A rule's key alone, glyphs as numbers: the last step of its path in a record.
+std::string RuleKeyText(const VellLayoutRule& rule) {
+    VellLayoutRule key{rule.label, rule.key, {}, rule.glyphs, rule.keyGlyphs};
+    return VellLayoutRuleText(key, [](uint16_t glyph) { return std::to_string(glyph); });
+}
+
+std::string RuleNumberText(const VellLayoutRule& rule) {
+    return VellLayoutRuleText(rule, [](uint16_t glyph) { return std::to_string(glyph); });
+}
+
+// A rule only one font has, or one that changed, under its list and its kind:
+// path [list, kind, key], the rules' texts (glyphs as numbers) as values.
+bool ShowsRuleDifference(TTableComparator& comparator, DifferenceKind kind, const VellLayoutRule& rule,
+                         const VellLayoutRule* original = nullptr) {
+    TTableDumper::PathScope label(comparator, rule.label);
+    return comparator.ShowsDifference(kind, RuleKeyText(original ? *original : rule), [&](JsonWriter& writer) {
+        if (original) {
+            writer.Key("original");
+            WriteText(writer, RuleNumberText(*original));
+            writer.Key("modified");
+        } else {
+            writer.Key("value");
+        }
+        WriteText(writer, RuleNumberText(rule));
+    });
+}
+
+// Only the rules a --json or --ignore run reports.
+std::vector<const VellLayoutRule*> ShownRules(TTableComparator& comparator, DifferenceKind kind,
+                                              const std::vector<const VellLayoutRule*>& rules) {
+    std::vector<const VellLayoutRule*> shown;
+    for (const VellLayoutRule* rule : rules)
+        if (ShowsRuleDifference(comparator, kind, *rule)) shown.push_back(rule);
+    return shown;
+}
+
+void PrintCut(TTableDumper& dumper, const char* font) {
+    dumper.PrintLine(VellFormat("### The %s account was cut: the table holds more rules than its size allows listing.",
+                                font),
+                     true);
+}
+
+}  // namespace
+
 void DumpLayoutAccount(TTableDumper& dumper, const VellLayoutAccount& account) {
     GlyphWriter writer(dumper.GetFont(), dumper.GetContext());
     VellGlyphText text = TextOf(writer);
@@ -117,6 +157,14 @@ void CompareLayoutAccounts(TTableComparator& comparator, const VellLayoutAccount
         VellLayoutDelta delta = VellCompareLayoutRules(mine, theirs, modifiedGlyphs, originalGlyphs);
         // Added and changed rules are named as the modified font names their list.
         const std::string& what = mine ? mine->what : theirs->what;
+        TTableDumper::PathScope list(comparator, what);
+        if (gJsonReport != nullptr || !gIgnoreRules.empty() || comparator.IsCountingPass()) {
+            delta.added = ShownRules(comparator, DifferenceKind::Added, delta.added);
+            delta.deleted = ShownRules(comparator, DifferenceKind::Deleted, delta.deleted);
+            std::erase_if(delta.changed, [&](const auto& pair) {
+                return !ShowsRuleDifference(comparator, DifferenceKind::Changed, *pair.first, pair.second);
+            });
+        }
         if (!delta.added.empty()) {
             comparator.PrintLine("### Added " + what + " (in modified font and not original font):", true);
             for (const VellLayoutRule* rule : delta.added)

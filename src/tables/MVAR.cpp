@@ -7,9 +7,9 @@
 namespace {
 
 constexpr FieldRow kMvarHeaderRows[] = {
-    {0, FieldKind::Version, "Version"},
-    {6, FieldKind::UInt16, "Value record size"},
-    {8, FieldKind::UInt16, "Value record count"},
+    {0, FieldKind::Version, "Version", "version"},
+    {6, FieldKind::UInt16, "Value record size", "valueRecordSize"},
+    {8, FieldKind::UInt16, "Value record count", "valueRecordCount"},
 };
 constexpr size_t kValueRecordSizeOffset = 6;
 constexpr size_t kValueRecordCountOffset = 8;

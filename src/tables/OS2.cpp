@@ -13,44 +13,44 @@ constexpr uint32_t kVersion2Size = 96;
 // bFamilyType is looked at. The ranges and first/last character indexes print in
 // decimal here, where the one-table dump shows them in hexadecimal.
 constexpr FieldRow kCompareRows[] = {
-    {0, FieldKind::UInt16, "version"},
-    {2, FieldKind::Int16, "xAvgCharWidth"},
-    {4, FieldKind::UInt16, "usWeightClass"},
-    {6, FieldKind::UInt16, "usWidthClass"},
-    {8, FieldKind::Int16, "fsType"},
-    {10, FieldKind::Int16, "ySubscriptXSize"},
-    {12, FieldKind::Int16, "ySubscriptYSize"},
-    {14, FieldKind::Int16, "ySubscriptXOffset"},
-    {16, FieldKind::Int16, "ySubscriptYOffset"},
-    {18, FieldKind::Int16, "ySuperscriptXSize"},
-    {20, FieldKind::Int16, "ySuperscriptYSize"},
-    {22, FieldKind::Int16, "ySuperscriptXOffset"},
-    {24, FieldKind::Int16, "ySuperscriptYOffset"},
-    {26, FieldKind::Int16, "yStrikeoutSize"},
-    {28, FieldKind::Int16, "yStrikeoutPosition"},
-    {30, FieldKind::Int16, "sFamilyClass"},
-    {32, FieldKind::UInt8, "panose.bFamilyType"},
-    {42, FieldKind::Int32, "ulUnicodeRange1"},
-    {46, FieldKind::Int32, "ulUnicodeRange2"},
-    {50, FieldKind::Int32, "ulUnicodeRange3"},
-    {54, FieldKind::Int32, "ulUnicodeRange4"},
-    {58, FieldKind::Tag, "achVendID"},
-    {62, FieldKind::UInt16, "fsSelection"},
-    {64, FieldKind::UInt16, "usFirstCharIndex"},
-    {66, FieldKind::UInt16, "usLastCharIndex"},
-    {68, FieldKind::Int16, "sTypoAscender"},
-    {70, FieldKind::Int16, "sTypoDescender"},
-    {72, FieldKind::Int16, "sTypoLineGap"},
-    {74, FieldKind::UInt16, "usWinAscent"},
-    {76, FieldKind::UInt16, "usWinDescent"},
-    {78, FieldKind::Int32, "ulCodePageRange1"},
-    {82, FieldKind::Int32, "ulCodePageRange2"},
+    {0, FieldKind::UInt16, "version", "version"},
+    {2, FieldKind::Int16, "xAvgCharWidth", "xAvgCharWidth"},
+    {4, FieldKind::UInt16, "usWeightClass", "usWeightClass"},
+    {6, FieldKind::UInt16, "usWidthClass", "usWidthClass"},
+    {8, FieldKind::UInt16AsSigned, "fsType", "fsType"},
+    {10, FieldKind::Int16, "ySubscriptXSize", "ySubscriptXSize"},
+    {12, FieldKind::Int16, "ySubscriptYSize", "ySubscriptYSize"},
+    {14, FieldKind::Int16, "ySubscriptXOffset", "ySubscriptXOffset"},
+    {16, FieldKind::Int16, "ySubscriptYOffset", "ySubscriptYOffset"},
+    {18, FieldKind::Int16, "ySuperscriptXSize", "ySuperscriptXSize"},
+    {20, FieldKind::Int16, "ySuperscriptYSize", "ySuperscriptYSize"},
+    {22, FieldKind::Int16, "ySuperscriptXOffset", "ySuperscriptXOffset"},
+    {24, FieldKind::Int16, "ySuperscriptYOffset", "ySuperscriptYOffset"},
+    {26, FieldKind::Int16, "yStrikeoutSize", "yStrikeoutSize"},
+    {28, FieldKind::Int16, "yStrikeoutPosition", "yStrikeoutPosition"},
+    {30, FieldKind::Int16, "sFamilyClass", "sFamilyClass"},
+    {32, FieldKind::UInt8, "panose.bFamilyType", "panoseFamilyType"},
+    {42, FieldKind::Int32, "ulUnicodeRange1", "ulUnicodeRange1"},
+    {46, FieldKind::Int32, "ulUnicodeRange2", "ulUnicodeRange2"},
+    {50, FieldKind::Int32, "ulUnicodeRange3", "ulUnicodeRange3"},
+    {54, FieldKind::Int32, "ulUnicodeRange4", "ulUnicodeRange4"},
+    {58, FieldKind::Tag, "achVendID", "achVendID"},
+    {62, FieldKind::UInt16, "fsSelection", "fsSelection"},
+    {64, FieldKind::UInt16, "usFirstCharIndex", "usFirstCharIndex"},
+    {66, FieldKind::UInt16, "usLastCharIndex", "usLastCharIndex"},
+    {68, FieldKind::Int16, "sTypoAscender", "sTypoAscender"},
+    {70, FieldKind::Int16, "sTypoDescender", "sTypoDescender"},
+    {72, FieldKind::Int16, "sTypoLineGap", "sTypoLineGap"},
+    {74, FieldKind::UInt16, "usWinAscent", "usWinAscent"},
+    {76, FieldKind::UInt16, "usWinDescent", "usWinDescent"},
+    {78, FieldKind::Int32, "ulCodePageRange1", "ulCodePageRange1"},
+    {82, FieldKind::Int32, "ulCodePageRange2", "ulCodePageRange2"},
     // Version 2 only.
-    {86, FieldKind::Int16, "sxHeight"},
-    {88, FieldKind::Int16, "sCapHeight"},
-    {90, FieldKind::UInt16, "usDefaultChar"},
-    {92, FieldKind::UInt16, "usBreakChar"},
-    {94, FieldKind::UInt16, "usMaxContext"},
+    {86, FieldKind::Int16, "sxHeight", "sxHeight"},
+    {88, FieldKind::Int16, "sCapHeight", "sCapHeight"},
+    {90, FieldKind::UInt16, "usDefaultChar", "usDefaultChar"},
+    {92, FieldKind::UInt16, "usBreakChar", "usBreakChar"},
+    {94, FieldKind::UInt16, "usMaxContext", "usMaxContext"},
 };
 constexpr size_t kVersion1CompareRowCount = 32;
 static_assert(kCompareRows[kVersion1CompareRowCount].offset == kVersion1Size);
@@ -85,31 +85,31 @@ static_assert(kVersion0DumpRows.back().offset == 76);
 // offset 67 is ever compared in them. The "filler2[i]" and "filler3[i]" labels
 // are printed literally, letter i and all, as reports always have.
 constexpr FieldRow kOlderCompareRows[] = {
-    {0, FieldKind::UInt16, "Version"},
-    {2, FieldKind::Int16, "filler1"},
-    {4, FieldKind::UInt16, "usWeightClass"},
-    {6, FieldKind::UInt16, "usWidthClass"},
-    {8, FieldKind::Int16, "filler2[i]"},
-    {10, FieldKind::Int16, "filler2[i]"},
-    {12, FieldKind::Int16, "filler2[i]"},
-    {14, FieldKind::Int16, "filler2[i]"},
-    {16, FieldKind::Int16, "filler2[i]"},
-    {18, FieldKind::Int16, "filler2[i]"},
-    {20, FieldKind::Int16, "filler2[i]"},
-    {22, FieldKind::Int16, "filler2[i]"},
-    {24, FieldKind::Int16, "filler2[i]"},
-    {26, FieldKind::Int16, "filler2[i]"},
-    {28, FieldKind::Int16, "filler2[i]"},
-    {30, FieldKind::Int16, "filler2[i]"},
-    {32, FieldKind::UInt8, "panose.bFamilyType"},
-    {42, FieldKind::Int32, "filler3[i]"},
-    {46, FieldKind::Int32, "filler3[i]"},
-    {50, FieldKind::Int32, "filler3[i]"},
-    {54, FieldKind::Int32, "filler3[i]"},
-    {58, FieldKind::Tag, "filler4"},
-    {62, FieldKind::UInt16, "fsSelection"},
-    {64, FieldKind::UInt16, "filler5[0]"},
-    {66, FieldKind::UInt16, "filler5[1]"},
+    {0, FieldKind::UInt16, "Version", "version"},
+    {2, FieldKind::Int16, "filler1", "xAvgCharWidth"},
+    {4, FieldKind::UInt16, "usWeightClass", "usWeightClass"},
+    {6, FieldKind::UInt16, "usWidthClass", "usWidthClass"},
+    {8, FieldKind::Int16, "filler2[i]", "fsType"},
+    {10, FieldKind::Int16, "filler2[i]", "ySubscriptXSize"},
+    {12, FieldKind::Int16, "filler2[i]", "ySubscriptYSize"},
+    {14, FieldKind::Int16, "filler2[i]", "ySubscriptXOffset"},
+    {16, FieldKind::Int16, "filler2[i]", "ySubscriptYOffset"},
+    {18, FieldKind::Int16, "filler2[i]", "ySuperscriptXSize"},
+    {20, FieldKind::Int16, "filler2[i]", "ySuperscriptYSize"},
+    {22, FieldKind::Int16, "filler2[i]", "ySuperscriptXOffset"},
+    {24, FieldKind::Int16, "filler2[i]", "ySuperscriptYOffset"},
+    {26, FieldKind::Int16, "filler2[i]", "yStrikeoutSize"},
+    {28, FieldKind::Int16, "filler2[i]", "yStrikeoutPosition"},
+    {30, FieldKind::Int16, "filler2[i]", "sFamilyClass"},
+    {32, FieldKind::UInt8, "panose.bFamilyType", "panoseFamilyType"},
+    {42, FieldKind::Int32, "filler3[i]", "ulUnicodeRange1"},
+    {46, FieldKind::Int32, "filler3[i]", "ulUnicodeRange2"},
+    {50, FieldKind::Int32, "filler3[i]", "ulUnicodeRange3"},
+    {54, FieldKind::Int32, "filler3[i]", "ulUnicodeRange4"},
+    {58, FieldKind::Tag, "filler4", "achVendID"},
+    {62, FieldKind::UInt16, "fsSelection", "fsSelection"},
+    {64, FieldKind::UInt16, "filler5[0]", "usFirstCharIndex"},
+    {66, FieldKind::UInt16, "filler5[1]", "usLastCharIndex"},
 };
 
 // The older layout's dump. Its four 32-bit filler lines all show the vendor
@@ -163,6 +163,7 @@ int32_t TOS2TableComparator::DumpTableDeltas() {
     uint32_t modifiedSize = GetTableSize();
     uint32_t originalSize = GetOriginalTableSize();
     if (modifiedSize != originalSize) {
+        ReportResizedTable();
         PrintLine("\n##### Sizes don't match", true);
         PrintLine("##### Original data", true);
         DumpOneTable(GetOriginalTableHandle());
@@ -176,6 +177,30 @@ int32_t TOS2TableComparator::DumpTableDeltas() {
         CompareOlderLayout();
     }
     return 0;
+}
+
+// Tables of two sizes are listed whole, one after the other. As records: the
+// sizes, then each field of the version 2 layout that both tables hold and that
+// differs, and each that only the longer one holds, as an entry.
+void TOS2TableComparator::ReportResizedTable() {
+    if (!WritesRecords() && !IsCountingPass()) return;
+    VellView modified = GetTableView(), original = GetOriginalTableView();
+    ShowsChange("tableSize", FieldKind::Int32, modified.size(), original.size());
+    for (const FieldRow& row : kCompareRows) {
+        bool inModified = modified.has(row.offset, FieldWidth(row.kind));
+        bool inOriginal = original.has(row.offset, FieldWidth(row.kind));
+        if (inModified && inOriginal) {
+            if (FieldDiffers(row, modified, original))
+                ShowsChange(row.key, row.kind, FieldBits(row, modified), FieldBits(row, original));
+        } else if (inModified || inOriginal) {
+            VellView holder = inModified ? modified : original;
+            ShowsDifference(inModified ? DifferenceKind::Added : DifferenceKind::Deleted, row.key,
+                            [&](JsonWriter& writer) {
+                                writer.Key("value");
+                                WriteFieldValue(writer, row.kind, FieldBits(row, holder));
+                            });
+        }
+    }
 }
 
 void TOS2TableComparator::DumpOneTable(const VellHandle& table) {

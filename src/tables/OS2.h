@@ -23,4 +23,5 @@ public:
     void CompareOlderLayout();
     void CompareVersion1();
     void CompareVersion2();
+    void ReportResizedTable();
 };

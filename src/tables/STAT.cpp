@@ -7,10 +7,10 @@
 namespace {
 
 constexpr FieldRow kStatHeaderRows[] = {
-    {0, FieldKind::Version, "Version"},
-    {4, FieldKind::UInt16, "Design axis size"},
-    {6, FieldKind::UInt16, "Design axis count"},
-    {12, FieldKind::UInt16, "Axis value count"},
+    {0, FieldKind::Version, "Version", "version"},
+    {4, FieldKind::UInt16, "Design axis size", "designAxisSize"},
+    {6, FieldKind::UInt16, "Design axis count", "designAxisCount"},
+    {12, FieldKind::UInt16, "Axis value count", "axisValueCount"},
 };
 constexpr size_t kDesignAxisSizeOffset = 4;
 constexpr size_t kDesignAxisCountOffset = 6;

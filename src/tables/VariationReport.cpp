@@ -57,6 +57,100 @@ void PrintChangedRecord(TTableDumper& dumper, int indent, const VariationRecord&
             dumper.PrintStringField(indent + 1, OrigLabel(field.label), field.value);
 }
 
+// Whether text is a decimal number as JSON spells it: "400.0", "-12".
+bool IsDecimalText(std::string_view text) {
+    if (text.starts_with('-')) text.remove_prefix(1);
+    size_t point = text.find('.');
+    std::string_view whole = text.substr(0, point);
+    if (whole.empty() || (whole.size() > 1 && whole[0] == '0')) return false;
+    if (whole.find_first_not_of("0123456789") != std::string_view::npos) return false;
+    if (point == std::string_view::npos) return true;
+    std::string_view fraction = text.substr(point + 1);
+    return !fraction.empty() && fraction.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+// A printed value as a record holds it: a number where the text is one ("400.0",
+// "0x0002"), a point [x, y] for "( x, y )", else the text.
+void WriteValueText(JsonWriter& writer, const std::string& text) {
+    std::string_view value = text;
+    if (IsDecimalText(value)) return static_cast<void>(writer.RawValue(text.data(), text.size(), rapidjson::kNumberType));
+    if (value.size() > 2 && value.size() <= 10 && value.starts_with("0x") &&
+        value.find_first_not_of("0123456789ABCDEF", 2) == std::string_view::npos)
+        return static_cast<void>(writer.Uint(static_cast<uint32_t>(std::stoul(text.substr(2), nullptr, 16))));
+    if (value.starts_with("( ") && value.ends_with(" )")) {
+        std::string_view inner = value.substr(2, value.size() - 4);
+        size_t comma = inner.find(", ");
+        if (comma != std::string_view::npos && IsDecimalText(inner.substr(0, comma)) &&
+            IsDecimalText(inner.substr(comma + 2))) {
+            writer.StartArray();
+            writer.RawValue(inner.data(), comma, rapidjson::kNumberType);
+            writer.RawValue(inner.data() + comma + 2, inner.size() - comma - 2, rapidjson::kNumberType);
+            writer.EndArray();
+            return;
+        }
+    }
+    WriteText(writer, text);
+}
+
+// A record as an entry's value: its fields by label.
+void WriteRecordValue(JsonWriter& writer, const VariationRecord& record) {
+    writer.Key("value");
+    writer.StartObject();
+    for (const VariationField& field : record.fields) {
+        writer.Key(field.label.c_str(), static_cast<rapidjson::SizeType>(field.label.size()));
+        WriteValueText(writer, field.value);
+    }
+    writer.EndObject();
+}
+
+// Under --json and --ignore: which records and fields are reported, each a
+// record under [list, key] or [list, key, label]; a changed record keeps only the
+// fields that are. A field only one font has holds null on the other side.
+void FilterVariationRecords(TTableDumper& dumper, std::string_view what, VariationRecords& added,
+                            VariationRecords& deleted, std::vector<std::pair<VariationRecord, VariationRecord>>& changed) {
+    TTableDumper::PathScope list(dumper, std::string(what));
+    auto keep = [&](VariationRecords& records, DifferenceKind kind) {
+        std::erase_if(records, [&](const VariationRecord& record) {
+            return !dumper.ShowsDifference(kind, record.key, [&](JsonWriter& writer) { WriteRecordValue(writer, record); });
+        });
+    };
+    keep(added, DifferenceKind::Added);
+    keep(deleted, DifferenceKind::Deleted);
+    std::erase_if(changed, [&](std::pair<VariationRecord, VariationRecord>& pair) {
+        auto& [modified, original] = pair;
+        TTableDumper::PathScope key(dumper, modified.key);
+        bool shown = false;
+        auto report = [&](const std::string& label, const VariationField* mine, const VariationField* theirs) {
+            return dumper.ShowsDifference(DifferenceKind::Changed, label, [&](JsonWriter& writer) {
+                writer.Key("original");
+                if (theirs) WriteValueText(writer, theirs->value); else writer.Null();
+                writer.Key("modified");
+                if (mine) WriteValueText(writer, mine->value); else writer.Null();
+            });
+        };
+        std::vector<VariationField> keptModified, keptOriginal;
+        for (const VariationField& field : modified.fields) {
+            const VariationField* other = field.compared ? FindField(original, field.label) : nullptr;
+            bool differs = field.compared && (other == nullptr ? !field.sameWhenAbsent
+                                                               : other->Compared() != field.Compared());
+            if (!differs || report(field.label, &field, other)) {
+                keptModified.push_back(field);
+                shown |= differs;
+            }
+        }
+        for (const VariationField& field : original.fields) {
+            bool lone = field.compared && !field.sameWhenAbsent && FindField(modified, field.label) == nullptr;
+            if (!lone || report(field.label, nullptr, &field)) {
+                keptOriginal.push_back(field);
+                shown |= lone;
+            }
+        }
+        modified.fields = std::move(keptModified);
+        original.fields = std::move(keptOriginal);
+        return !shown;
+    });
+}
+
 }  // namespace
 
 std::string FixedText(int32_t value) {
@@ -174,12 +268,14 @@ bool CompareVariationRecords(TTableDumper& dumper, std::string_view what, const 
         if (!originalIndex.contains(record.key)) added.push_back(record);
     for (const VariationRecord& record : original)
         if (!modifiedIndex.contains(record.key)) deleted.push_back(record);
-    std::vector<std::pair<size_t, size_t>> changed;
+    std::vector<std::pair<VariationRecord, VariationRecord>> changed;
     for (size_t m = 0; m < modified.size(); ++m) {
         auto found = originalIndex.find(modified[m].key);
         if (found != originalIndex.end() && RecordsDiffer(modified[m], original[found->second]))
-            changed.emplace_back(m, found->second);
+            changed.emplace_back(modified[m], original[found->second]);
     }
+    if (gJsonReport != nullptr || !gIgnoreRules.empty() || dumper.IsCountingPass())
+        FilterVariationRecords(dumper, what, added, deleted, changed);
 
     std::string plural(what);
     if (!added.empty()) {
@@ -194,7 +290,7 @@ bool CompareVariationRecords(TTableDumper& dumper, std::string_view what, const 
     }
     if (!changed.empty()) {
         dumper.PrintLine(ChangedHeading(what), true);
-        for (auto [m, o] : changed) PrintChangedRecord(dumper, 1, modified[m], original[o]);
+        for (const auto& [m, o] : changed) PrintChangedRecord(dumper, 1, m, o);
         dumper.PrintLine("", true);
     }
     return !added.empty() || !deleted.empty() || !changed.empty();
@@ -272,7 +368,8 @@ void DumpItemVariationStore(TTableDumper& dumper, VellView bytes, const std::vec
 void CompareItemVariationStores(TTableDumper& dumper, VellView modifiedBytes, const std::vector<VellTag>& modifiedAxes,
                                 VellView originalBytes, const std::vector<VellTag>& originalAxes) {
     VellItemVariationStore modified(modifiedBytes), original(originalBytes);
-    if (modified.Format() != original.Format()) {
+    if (modified.Format() != original.Format() &&
+        dumper.ShowsChange("itemVariationStoreFormat", FieldKind::UInt16, modified.Format(), original.Format())) {
         dumper.PrintUInt16Field(1, ModLabel("Item variation store format"), modified.Format(), false);
         dumper.PrintUInt16Field(1, OrigLabel("Item variation store format"), original.Format(), false);
     }
@@ -287,6 +384,13 @@ void CompareItemVariationStores(TTableDumper& dumper, VellView modifiedBytes, co
 
 void CompareField(TTableDumper& dumper, int indent, const VariationField& modified, const VariationField& original) {
     if (modified.Compared() == original.Compared()) return;
+    if (!dumper.ShowsDifference(DifferenceKind::Changed, modified.label, [&](JsonWriter& writer) {
+            writer.Key("original");
+            WriteValueText(writer, original.value);
+            writer.Key("modified");
+            WriteValueText(writer, modified.value);
+        }))
+        return;
     dumper.PrintStringField(indent, ModLabel(modified.label), modified.value);
     dumper.PrintStringField(indent, OrigLabel(original.label), original.value);
 }

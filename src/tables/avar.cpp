@@ -5,8 +5,8 @@
 namespace {
 
 constexpr FieldRow kAvarHeaderRows[] = {
-    {0, FieldKind::Version, "Version"},
-    {6, FieldKind::UInt16, "Axis count"},
+    {0, FieldKind::Version, "Version", "version"},
+    {6, FieldKind::UInt16, "Axis count", "axisCount"},
 };
 constexpr size_t kAxisCountOffset = 6;
 constexpr size_t kSegmentMapsOffset = 8;

@@ -105,16 +105,53 @@ void PrintMapping(TTableDumper& dumper, uint32_t code, std::initializer_list<uin
     dumper.PrintLine("\n", false);
 }
 
-// The encodings of `font` that `other` lacks, framed only when there is one.
-void DumpLoneEncodings(TTableDumper& dumper, VellFontRef font, VellFontRef other, const char* heading,
-                       const char* footer) {
+// An encoding's place in a difference's path: its platform ID, encoding ID and
+// language, as the subtable stores them.
+class EncodingSteps {
+public:
+    EncodingSteps(TTableDumper& dumper, const Encoding& encoding)
+        : fPlatform(dumper, encoding.platform - 1),
+          fEncoding(dumper, encoding.script - 1),
+          fLanguage(dumper, encoding.language - 1) {}
+
+private:
+    TTableDumper::PathScope fPlatform, fEncoding, fLanguage;
+};
+
+// The encodings of `font` that `other` lacks, framed only when there is one;
+// each is an entry that the modified font added or deleted, valued by its names.
+void DumpLoneEncodings(TTableDumper& dumper, VellFontRef font, VellFontRef other, DifferenceKind kind,
+                       const char* heading, const char* footer) {
     if (!HasEncodingMissingFrom(font, other)) return;
     dumper.PrintLine(heading, false);
     for (uint32_t index = 1, count = CountEncodings(font); index <= count; ++index) {
         Encoding encoding = GetEncoding(font, index);
-        if (FindEncoding(other, encoding) == 0) PrintEncodingHeading(dumper, encoding);
+        if (FindEncoding(other, encoding) != 0) continue;
+        TTableDumper::PathScope platform(dumper, encoding.platform - 1), script(dumper, encoding.script - 1);
+        if (dumper.ShowsDifference(kind, encoding.language - 1, [&](JsonWriter& writer) {
+                ErrorRecord record;
+                writer.Key("value");
+                writer.StartObject();
+                writer.Key("platform");
+                WriteText(writer, VellPlatformToString(encoding.platform, &record));
+                writer.Key("encoding");
+                WriteText(writer, VellScriptToString(encoding.platform, encoding.script, &record));
+                writer.Key("language");
+                WriteText(writer, VellLanguageToString(encoding.platform, encoding.script, encoding.language, &record));
+                writer.EndObject();
+                ThrowIfVellError(record);
+            }))
+            PrintEncodingHeading(dumper, encoding);
     }
     dumper.PrintLine(footer, false);
+}
+
+// A mapping's glyph as the value of its record.
+auto GlyphValue(const char* member, uint16_t glyph) {
+    return [member, glyph](JsonWriter& writer) {
+        writer.Key(member);
+        writer.Uint(glyph);
+    };
 }
 
 // Glyph names come from the dumper's font, the modified one, on both sides.
@@ -122,15 +159,23 @@ void DumpChangedMappings(TTableDumper& dumper, const VellCGArray& original, cons
                          bool unicode) {
     dumper.PrintLine("\t### Added mappings (in modified font and not original font):\n", true);
     MatchCodes(modified, original, [&](const VellCGPair& mapping, const VellCGPair* before) {
-        if (before == nullptr) PrintMapping(dumper, mapping.code, {mapping.glyph}, unicode);
+        if (before == nullptr &&
+            dumper.ShowsDifference(DifferenceKind::Added, mapping.code, GlyphValue("value", mapping.glyph)))
+            PrintMapping(dumper, mapping.code, {mapping.glyph}, unicode);
     });
     dumper.PrintLine("\n\t### Deleted mappings (in original font but not in modified font):\n", true);
     MatchCodes(original, modified, [&](const VellCGPair& mapping, const VellCGPair* now) {
-        if (now == nullptr) PrintMapping(dumper, mapping.code, {mapping.glyph}, unicode);
+        if (now == nullptr &&
+            dumper.ShowsDifference(DifferenceKind::Deleted, mapping.code, GlyphValue("value", mapping.glyph)))
+            PrintMapping(dumper, mapping.code, {mapping.glyph}, unicode);
     });
     dumper.PrintLine("\n\t### Changed mappings (char code ==> original font glyph ==> modified font glyph):\n", true);
     MatchCodes(original, modified, [&](const VellCGPair& mapping, const VellCGPair* now) {
-        if (now != nullptr && now->glyph != mapping.glyph)
+        if (now == nullptr || now->glyph == mapping.glyph) return;
+        if (dumper.ShowsDifference(DifferenceKind::Changed, mapping.code, [&](JsonWriter& writer) {
+                GlyphValue("original", mapping.glyph)(writer);
+                GlyphValue("modified", now->glyph)(writer);
+            }))
             PrintMapping(dumper, mapping.code, {mapping.glyph, now->glyph}, unicode);
     });
 }
@@ -176,8 +221,10 @@ int32_t TCMAPTableDumper::DumpTableContents() {
 int32_t TCMAPTableComparator::DumpTableDeltas() {
     if (!HasBothTables()) return 1;
     VellFontRef original = GetOriginalFont(), modified = GetModifiedFont();
-    DumpLoneEncodings(*this, modified, original, "### Added cmaps:\n\n", "\n### End added cmaps:\n\n");
-    DumpLoneEncodings(*this, original, modified, "### Deleted cmaps:\n\n", "\n### End deleted cmaps:\n\n");
+    DumpLoneEncodings(*this, modified, original, DifferenceKind::Added, "### Added cmaps:\n\n",
+                      "\n### End added cmaps:\n\n");
+    DumpLoneEncodings(*this, original, modified, DifferenceKind::Deleted, "### Deleted cmaps:\n\n",
+                      "\n### End deleted cmaps:\n\n");
 
     PrintLine("### Changed cmaps:\n\n", false);
     for (uint32_t index = 1, count = CountEncodings(original); index <= count; ++index) {
@@ -187,6 +234,8 @@ int32_t TCMAPTableComparator::DumpTableDeltas() {
         VellCGArray originalMappings = MakeArray(GetOriginalTableHandle(), index);
         VellCGArray modifiedMappings = MakeArray(GetTableHandle(), match);
         if (SameMappings(originalMappings, modifiedMappings)) continue;
+        EncodingSteps steps(*this, encoding);
+        if (ScopeIgnored()) continue;
         PrintEncodingHeading(*this, encoding);
         DumpChangedMappings(*this, originalMappings, modifiedMappings, IsUnicode(encoding));
         PrintLine("\n", false);

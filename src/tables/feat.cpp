@@ -1,6 +1,7 @@
 #include "tables/feat.h"
 
 #include <algorithm>
+#include <span>
 #include <unordered_map>
 #include <vector>
 
@@ -21,14 +22,14 @@ constexpr FieldRow kFeatHeaderRows[] = {
 };
 // A feature name record, in the order the listing shows its fields.
 constexpr FieldRow kFeatureRows[] = {
-    {0, FieldKind::UInt16, "Feature type"},
-    {8, FieldKind::UInt16Hex, "Feature flags"},
-    {10, FieldKind::FontName, "Name"},
-    {2, FieldKind::UInt16, "Selector count"},
+    {0, FieldKind::UInt16, "Feature type", "feature"},
+    {8, FieldKind::UInt16Hex, "Feature flags", "featureFlags"},
+    {10, FieldKind::FontName, "Name", "nameIndex"},
+    {2, FieldKind::UInt16, "Selector count", "nSettings"},
 };
 constexpr FieldRow kSettingRows[] = {
-    {0, FieldKind::UInt16, "Selector"},
-    {2, FieldKind::FontName, "Name"},
+    {0, FieldKind::UInt16, "Selector", "setting"},
+    {2, FieldKind::FontName, "Name", "nameIndex"},
 };
 
 // Setting tables, counts and offsets are taken as the font states them. On a
@@ -100,6 +101,39 @@ void DumpFeature(TTableDumper& dumper, int indent, const FeatureRecords& feature
     dumper.PrintLine("\n", false);
 }
 
+// One feature as a --json value: its record's fields and its settings, held to
+// the same budget as its listing.
+void WriteFeature(JsonWriter& writer, const FeatureRecords& features, size_t index, SettingBudget& budget) {
+    auto writeRows = [&writer](std::span<const FieldRow> rows, VellView record) {
+        for (const FieldRow& row : rows) {
+            writer.Key(row.key);
+            WriteFieldValue(writer, row.kind, TTableDumper::FieldBits(row, record));
+        }
+    };
+    writer.StartObject();
+    writeRows(kFeatureRows, features.Record(index));
+    writer.Key("settings");
+    writer.StartArray();
+    VellView settings = features.Settings(index);
+    size_t shown = budget.Take(settings.size() / kSettingRecordSize);
+    for (size_t k = 0; k < shown; ++k) {
+        writer.StartObject();
+        writeRows(kSettingRows, settings.sub(k * kSettingRecordSize, kSettingRecordSize));
+        writer.EndObject();
+    }
+    writer.EndArray();
+    writer.EndObject();
+}
+
+// A feature only one font has, as an entry under its type; false when the text leaves it out.
+bool ShowsLoneFeature(TTableDumper& dumper, DifferenceKind kind, const FeatureRecords& features, size_t index,
+                      SettingBudget& budget) {
+    return dumper.ShowsDifference(kind, features.Type(index), [&](JsonWriter& writer) {
+        writer.Key("value");
+        WriteFeature(writer, features, index, budget);
+    });
+}
+
 // Setting records differ position by position; a position past the end of a cut
 // short table reads as zeros.
 bool SettingsDiffer(VellView modified, VellView original) {
@@ -136,12 +170,14 @@ int32_t TFEATTableComparator::DumpTableDeltas() {
 
     PrintLine("### Added features:\n\n", false);
     for (size_t m = 0; m < modified.count(); ++m)
-        if (!original.HasType(modified.Type(m))) DumpFeature(*this, 1, modified, m, budget);
+        if (!original.HasType(modified.Type(m)) && ShowsLoneFeature(*this, DifferenceKind::Added, modified, m, budget))
+            DumpFeature(*this, 1, modified, m, budget);
     PrintLine("\n### End added features:\n\n", false);
 
     PrintLine("### Deleted features:\n\n", false);
     for (size_t o = 0; o < original.count(); ++o)
-        if (!modified.HasType(original.Type(o))) DumpFeature(*this, 1, original, o, budget);
+        if (!modified.HasType(original.Type(o)) && ShowsLoneFeature(*this, DifferenceKind::Deleted, original, o, budget))
+            DumpFeature(*this, 1, original, o, budget);
     PrintLine("\n### End deleted features:\n\n", false);
 
     // Features are matched by type alone, so a type the original holds twice is
@@ -152,6 +188,13 @@ int32_t TFEATTableComparator::DumpTableDeltas() {
             size_t compared = std::max(modified.Settings(m).size(), original.Settings(o).size());
             if (!budget.Spend(1 + compared / kSettingRecordSize)) break;
             if (!FeatureChanged(modified, m, original, o)) continue;
+            if (!ShowsDifference(DifferenceKind::Changed, modified.Type(m), [&](JsonWriter& writer) {
+                    writer.Key("original");
+                    WriteFeature(writer, original, o, budget);
+                    writer.Key("modified");
+                    WriteFeature(writer, modified, m, budget);
+                }))
+                continue;
             PrintUInt16Field(1, "Changed feature", modified.Type(m), false);
             PrintLine("\tOld data", true);
             DumpFeature(*this, 2, original, o, budget);

@@ -7,11 +7,11 @@
 namespace {
 
 constexpr FieldRow kFvarHeaderRows[] = {
-    {0, FieldKind::Version, "Version"},
-    {8, FieldKind::UInt16, "Axis count"},
-    {10, FieldKind::UInt16, "Axis size"},
-    {12, FieldKind::UInt16, "Instance count"},
-    {14, FieldKind::UInt16, "Instance size"},
+    {0, FieldKind::Version, "Version", "version"},
+    {8, FieldKind::UInt16, "Axis count", "axisCount"},
+    {10, FieldKind::UInt16, "Axis size", "axisSize"},
+    {12, FieldKind::UInt16, "Instance count", "instanceCount"},
+    {14, FieldKind::UInt16, "Instance size", "instanceSize"},
 };
 constexpr size_t kAxesArrayOffset = 4;
 constexpr size_t kAxisCountOffset = 8;

@@ -21,8 +21,11 @@ constexpr uint16_t kMoreComponents = 0x0020;
 
 // The bounds print with xMax before yMin, unlike their order in the glyph.
 constexpr FieldRow kGlyphHeaderRows[] = {
-    {0, FieldKind::Int16, "# contours"},  {2, FieldKind::Int16, "Bounds xMin"}, {6, FieldKind::Int16, "Bounds xMax"},
-    {4, FieldKind::Int16, "Bounds yMin"}, {8, FieldKind::Int16, "Bounds yMax"},
+    {0, FieldKind::Int16, "# contours", "numberOfContours"},
+    {2, FieldKind::Int16, "Bounds xMin", "xMin"},
+    {6, FieldKind::Int16, "Bounds xMax", "xMax"},
+    {4, FieldKind::Int16, "Bounds yMin", "yMin"},
+    {8, FieldKind::Int16, "Bounds yMax", "yMax"},
 };
 
 // Bits 0 to 10 of a component's flags, in bit order.
@@ -36,8 +39,8 @@ void PrintComponentFlagBits(TTableDumper& dumper, uint32_t flags) {
 }
 
 constexpr FieldRow kComponentRows[] = {
-    {0, FieldKind::UInt16Hex, "Flags", PrintComponentFlagBits},
-    {2, FieldKind::UInt16, "Glyph ID"},
+    {0, FieldKind::UInt16Hex, "Flags", "flags", PrintComponentFlagBits},
+    {2, FieldKind::UInt16, "Glyph ID", "glyphIndex"},
 };
 
 // How a glyph's points are listed: numbered coordinates in a comparison, or each
@@ -148,6 +151,105 @@ void PrintGlyphBlock(TTableDumper& dumper, const VellHandle& data, PointLines li
         PrintCompositeGlyph(dumper, glyph);
 }
 
+// ---- A glyph as a --json value ----
+// What the comparison's listing shows of a glyph, as an object: its header, and
+// for a simple glyph its end points, instructions and points ([x, y]), for a
+// composite its components. It reads the glyph as the listing does, with the
+// same caps on its counts.
+
+void WriteSimpleGlyph(JsonWriter& writer, const VellHandle& data) {
+    VellView glyph = VelmView(data);
+    size_t contours = static_cast<size_t>(glyph.s16(0));
+    writer.Key("endPtsOfContours");
+    writer.StartArray();
+    size_t listed = glyph.records_that_fit(kEndPtsOfContoursOffset, contours, 2);
+    for (size_t i = 0; i < listed; ++i) writer.Uint(glyph.u16(kEndPtsOfContoursOffset + 2 * i));
+    writer.EndArray();
+
+    size_t instructionLengthAt = kEndPtsOfContoursOffset + 2 * contours;
+    uint16_t instructionLength = glyph.u16(instructionLengthAt);
+    VellView instructions = glyph.sub(instructionLengthAt + 2, instructionLength);
+    ErrorRecord record;
+    uint32_t count = VellCountInstructions(instructions, instructionLength, &record);
+    ThrowIfVellError(record);
+    writer.Key("instructions");
+    writer.StartArray();
+    std::array<uint8_t, kVellInstructionTextSize> text{};
+    size_t at = 0;
+    for (uint32_t k = 0; k < static_cast<uint16_t>(count); ++k) {
+        at += VellDecodeInstructions(instructions.sub(at), static_cast<uint32_t>(instructionLength - at), text,
+                                     &record);
+        ThrowIfVellError(record);
+        VellView line(text);
+        WriteText(writer, line.chars(1, line.u8(0)));
+    }
+    writer.EndArray();
+
+    VellHandle coordinates = VellExtractGLYFCoords(data, &record);
+    ThrowIfVellError(record);
+    VellView points = VelmView(coordinates);
+    size_t pointCount = points.records_that_fit(kPointRecordOffset, points.u32(0), kPointRecordBytes);
+    writer.Key("points");
+    writer.StartArray();
+    for (size_t p = 0; p < pointCount; ++p)
+        WritePoint(writer, points.s32(kPointRecordOffset + kPointRecordBytes * p),
+                   points.s32(kPointRecordOffset + kPointRecordBytes * p + 4));
+    writer.EndArray();
+    DisposeBlock(coordinates);
+}
+
+void WriteCompositeGlyph(JsonWriter& writer, VellView glyph) {
+    writer.Key("components");
+    writer.StartArray();
+    size_t at = kComponentsOffset;
+    do {
+        VellView component = glyph.sub(at);
+        uint16_t flags = component.u16(0);
+        writer.StartObject();
+        for (const FieldRow& row : kComponentRows) {
+            writer.Key(row.key);
+            WriteFieldValue(writer, row.kind, TTableDumper::FieldBits(row, component));
+        }
+        bool words = flags & kArg1And2AreWords;
+        // The arguments as the font means them: signed offsets or point numbers.
+        writer.Key("arguments");
+        writer.StartArray();
+        if (words) {
+            writer.Int(component.s16(4));
+            writer.Int(component.s16(6));
+        } else {
+            writer.Int(component.s8(4));
+            writer.Int(component.s8(5));
+        }
+        writer.EndArray();
+        at += words ? 8 : 6;
+        if (flags & kWeHaveAScale) {
+            writer.Key("scale");
+            WriteF2Dot14(writer, glyph.s16(at));
+            at += 2;
+        }
+        writer.EndObject();
+    } while (glyph.u16(at) & kMoreComponents);
+    writer.EndArray();
+}
+
+void WriteGlyph(JsonWriter& writer, const VellHandle& data) {
+    VellView glyph = VelmView(data);
+    writer.StartObject();
+    // The bounds in the glyph's own order, xMin, yMin, xMax, yMax.
+    for (size_t index : {0, 1, 3, 2, 4}) {
+        const FieldRow& row = kGlyphHeaderRows[index];
+        writer.Key(row.key);
+        WriteFieldValue(writer, row.kind, TTableDumper::FieldBits(row, glyph));
+    }
+    int16_t contours = glyph.s16(0);
+    if (contours > 0)
+        WriteSimpleGlyph(writer, data);
+    else if (contours < 0)
+        WriteCompositeGlyph(writer, glyph);
+    writer.EndObject();
+}
+
 VellGlyphLocations FindGlyphs(VellFontRef font) {
     ErrorRecord record;
     VellGlyphLocations locations = VellFindGlyphLocations(font, &record);
@@ -198,6 +300,22 @@ int32_t TGLYFTableDumper::DumpTableContents() {
 
 // ---- Comparator ----
 
+// The glyphs past the smaller font's count, each an entry added or deleted with
+// its outline; the text names only their range. A glyph without data is left out.
+void TGLYFTableComparator::ReportGlyphsOfOneFont(const VellGlyphLocations& font, DifferenceKind kind,
+                                                 uint32_t first) {
+    if (!WritesRecords() && !IsCountingPass()) return;
+    for (uint32_t glyph = first; glyph < font.glyphCount && !OutputExhausted(); ++glyph) {
+        VellHandle data = GlyphData(font, glyph);
+        if (!data) continue;
+        ShowsDifference(kind, glyph, [&](JsonWriter& writer) {
+            writer.Key("value");
+            WriteGlyph(writer, data);
+        });
+        DisposeBlock(data);
+    }
+}
+
 void TGLYFTableComparator::PrintGlyph(const VellHandle& glyphData) {
     PrintGlyphBlock(*this, glyphData, PointLines::Numbered);
 }
@@ -218,11 +336,25 @@ int32_t TGLYFTableComparator::DumpTableDeltas() {
 
     // A glyph with an outline in only one font is not reported.
     uint32_t sharedGlyphs = std::min(original.glyphCount, modified.glyphCount);
+    ReportGlyphsOfOneFont(original.glyphCount < modified.glyphCount ? modified : original,
+                          original.glyphCount < modified.glyphCount ? DifferenceKind::Added : DifferenceKind::Deleted,
+                          sharedGlyphs);
     // Glyphs are compared in place; only those reported are copied out.
     for (uint32_t glyph = 0; glyph < sharedGlyphs; ++glyph) {
         VellView originalBytes = GlyphBytes(original, glyph), modifiedBytes = GlyphBytes(modified, glyph);
         if (originalBytes.empty() || modifiedBytes.empty() || !GLYFGlyphDataDiffer(modifiedBytes, originalBytes)) continue;
         VellHandle originalData = GlyphData(original, glyph), modifiedData = GlyphData(modified, glyph);
+        if (!ShowsDifference(DifferenceKind::Changed, glyph, [&](JsonWriter& writer) {
+                writer.Key("original");
+                WriteGlyph(writer, originalData);
+                writer.Key("modified");
+                WriteGlyph(writer, modifiedData);
+            })) {
+            DisposeBlock(originalData);
+            DisposeBlock(modifiedData);
+            if (OutputExhausted()) break;
+            continue;
+        }
         PrintGlyphField(0, "Glyph ID", glyph, true, true);
         PrintLine("\n\t### Original glyph data\n", true);
         PrintGlyph(originalData);

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "comparators/TTableComparator.h"
+#include "framework/VellGlyphData.h"
 
 class TGLYFTableDumper : public TTableDumper {
 public:
@@ -21,6 +22,9 @@ public:
 
     // One glyph's data block, with its points listed without their flags.
     void PrintGlyph(const VellHandle& glyphData);
+
+private:
+    void ReportGlyphsOfOneFont(const VellGlyphLocations& font, DifferenceKind kind, uint32_t first);
 };
 
 // Whether two glyphs' data differ, allowing up to four bytes of trailing padding

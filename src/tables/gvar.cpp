@@ -90,11 +90,11 @@ int32_t TGVARTableDumper::DumpTableContents() {
 namespace {
 
 constexpr FieldRow kGvarComparedRows[] = {
-    {0, FieldKind::Version, "Version"},
-    {4, FieldKind::UInt16, "Axis count"},
-    {6, FieldKind::UInt16, "Shared tuple count"},
-    {12, FieldKind::UInt16, "Glyph count"},
-    {14, FieldKind::UInt16Hex, "Flags"},
+    {0, FieldKind::Version, "Version", "version"},
+    {4, FieldKind::UInt16, "Axis count", "axisCount"},
+    {6, FieldKind::UInt16, "Shared tuple count", "sharedTupleCount"},
+    {12, FieldKind::UInt16, "Glyph count", "glyphCount"},
+    {14, FieldKind::UInt16Hex, "Flags", "flags"},
 };
 constexpr size_t kAxisCountOffset = 4;
 constexpr size_t kSharedTupleCountOffset = 6;

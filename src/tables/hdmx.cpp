@@ -22,8 +22,8 @@ constexpr FieldRow kDeviceRecordRows[] = {
     {0, FieldKind::UInt8, "Pixel size"},
     {1, FieldKind::UInt8, "Maximum width"},
 };
-constexpr FieldRow kVersionRow = {0, FieldKind::UInt16, "Version"};
-constexpr FieldRow kMaxWidthRow = {1, FieldKind::UInt8, "Max width"};
+constexpr FieldRow kVersionRow = {0, FieldKind::UInt16, "Version", "version"};
+constexpr FieldRow kMaxWidthRow = {1, FieldKind::UInt8, "Max width", "maxWidth"};
 
 // The device records of one 'hdmx'. They are reached by stepping the record size
 // the table states, never one computed from the glyph count, and there are only
@@ -89,11 +89,22 @@ int32_t THDMXTableComparator::DumpTableDeltas() {
     CompareFieldRow(1, kVersionRow, modifiedTable, originalTable);
     // A pixel size only the original has is reported with the same words as one
     // only the modified font has: reports have always said "added" for both.
+    auto recordValue = [](VellView record) {
+        return [record](JsonWriter& writer) {
+            writer.Key("value");
+            writer.StartObject();
+            writer.Key("maxWidth");
+            writer.Uint(record.u8(1));
+            writer.EndObject();
+        };
+    };
     for (size_t index = 0; index < modified.count(); ++index)
-        if (!original.Find(modified.PixelSize(index)))
+        if (!original.Find(modified.PixelSize(index)) &&
+            ShowsDifference(DifferenceKind::Added, modified.PixelSize(index), recordValue(modified.Record(index))))
             PrintUInt8Field(1, "Pixels per em added", modified.PixelSize(index), false);
     for (size_t index = 0; index < original.count(); ++index)
-        if (!modified.Find(original.PixelSize(index)))
+        if (!modified.Find(original.PixelSize(index)) &&
+            ShowsDifference(DifferenceKind::Deleted, original.PixelSize(index), recordValue(original.Record(index))))
             PrintUInt8Field(1, "Pixels per em added", original.PixelSize(index), false);
 
     for (size_t index = 0; index < original.count(); ++index) {
@@ -102,6 +113,8 @@ int32_t THDMXTableComparator::DumpTableDeltas() {
         if (!match) continue;
         VellView originalRecord = original.Record(index);
         VellView modifiedRecord = modified.Record(*match);
+        PathScope pixelSizeStep(*this, pixelSize);
+        if (ScopeIgnored()) continue;
         PrintUInt8Field(1, "Comparing point size", pixelSize, false);
         CompareFieldRow(2, kMaxWidthRow, modifiedRecord, originalRecord);
 
@@ -113,6 +126,8 @@ int32_t THDMXTableComparator::DumpTableDeltas() {
         for (size_t glyph = 0; glyph < glyphs; ++glyph) {
             uint8_t newWidth = modifiedWidths.u8(glyph), oldWidth = originalWidths.u8(glyph);
             if (newWidth == oldWidth) continue;
+            PathScope widths(*this, "widths");
+            if (!ShowsChange(glyph, FieldKind::UInt8, newWidth, oldWidth)) continue;
             PrintUInt16Field(2, "Width change for glyph", static_cast<uint16_t>(glyph), false);
             PrintGlyphNames(static_cast<uint32_t>(glyph));
             PrintUInt8Field(3, "New width", newWidth, false);

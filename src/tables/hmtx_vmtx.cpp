@@ -124,19 +124,27 @@ int32_t THMTXTableComparator::DumpTableDeltas() {
         LongMetric modified = FontMetrics(GetModifiedFont(), glyph);
         LongMetric original = FontMetrics(GetOriginalFont(), glyph);
         if (modified == original) continue;
+        PathScope glyphStep(*this, glyph);
+        bool advance = modified.advance != original.advance &&
+                       ShowsChange("advanceWidth", FieldKind::UInt16, modified.advance, original.advance);
+        bool bearing = modified.sideBearing != original.sideBearing &&
+                       ShowsChange("lsb", FieldKind::Int16, static_cast<uint16_t>(modified.sideBearing),
+                                   static_cast<uint16_t>(original.sideBearing));
+        if (!advance && !bearing) continue;
         PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
         PrintGlyphNameLines(PostScriptGlyphName(fModified.post, fModified.glyphCount, glyph),
                             PostScriptGlyphName(fOriginal.post, fOriginal.glyphCount, glyph), "Name (mod )",
                             "Name (orig)");
-        if (modified.advance != original.advance) {
+        if (advance) {
             PrintUInt16Field(2, ModLabel("Advance width"), modified.advance, false);
             PrintUInt16Field(2, OrigLabel("Advance width"), original.advance, false);
         }
-        if (modified.sideBearing != original.sideBearing) {
+        if (bearing) {
             PrintInt16Field(2, ModLabel("Left-side bearing"), modified.sideBearing, false);
             PrintInt16Field(2, OrigLabel("Left-side bearing"), original.sideBearing, false);
         }
     }
+    ReportGlyphsOfOneFont();
     // Glyphs only the original font has are announced as new too, as reports
     // always have.
     auto asInt = [](uint32_t count) { return static_cast<int>(count); };
@@ -149,6 +157,28 @@ int32_t THMTXTableComparator::DumpTableDeltas() {
                              asInt(fOriginal.glyphCount) - 1),
                   true);
     return 0;
+}
+
+// The glyphs past the smaller font's count, each an entry added or deleted with
+// its metrics; the text names only their range.
+void THMTXTableComparator::ReportGlyphsOfOneFont() {
+    if (!WritesRecords() && !IsCountingPass()) return;
+    bool added = fModified.glyphCount > fOriginal.glyphCount;
+    VellFontRef font = added ? GetModifiedFont() : GetOriginalFont();
+    uint32_t first = std::min(fModified.glyphCount, fOriginal.glyphCount);
+    uint32_t end = std::max(fModified.glyphCount, fOriginal.glyphCount);
+    for (uint32_t glyph = first; glyph < end && !OutputExhausted(); ++glyph) {
+        LongMetric metric = FontMetrics(font, glyph);
+        ShowsDifference(added ? DifferenceKind::Added : DifferenceKind::Deleted, glyph, [&](JsonWriter& writer) {
+            writer.Key("value");
+            writer.StartObject();
+            writer.Key("advanceWidth");
+            writer.Uint(metric.advance);
+            writer.Key("lsb");
+            writer.Int(metric.sideBearing);
+            writer.EndObject();
+        });
+    }
 }
 
 void TVMTXTableComparator::PrintGlyphHeading(uint32_t glyph) {
@@ -188,6 +218,56 @@ void PrintTrailingSide(TTableDumper& dumper, const VerticalSide& side, uint32_t 
         dumper.PrintLine(side.noGlyph, true);
 }
 
+// One font's metrics of a glyph as the 'vmtx' comparison reads them: a long
+// metric, a trailing side bearing alone, or no glyph.
+struct VerticalMetric {
+    bool present = false, hasAdvance = false;
+    uint16_t advance = 0;
+    int16_t sideBearing = 0;
+};
+
+VerticalMetric VerticalMetricOf(const VerticalSide& side, uint32_t glyph) {
+    if (glyph < side.font.longMetrics) {
+        LongMetric metric = LongMetricAt(side.table, glyph);
+        return {true, true, metric.advance, metric.sideBearing};
+    }
+    if (glyph < side.font.glyphCount) return {true, false, 0, side.TrailingSideBearing(glyph)};
+    return {};
+}
+
+// A glyph the comparison lists, as records under [glyph]: each value both fonts
+// have and that differs, or the glyph as an entry when one font lacks it. False
+// when no record of it is shown, and its lines are left out too.
+bool ShowsGlyphMetrics(TTableComparator& comparator, const VerticalSide& modifiedSide,
+                       const VerticalSide& originalSide, uint32_t glyph) {
+    if (!comparator.WritesRecords() && !comparator.IsCountingPass() && gIgnoreRules.empty()) return true;
+    VerticalMetric modified = VerticalMetricOf(modifiedSide, glyph), original = VerticalMetricOf(originalSide, glyph);
+    if (!modified.present || !original.present) {
+        const VerticalMetric& present = modified.present ? modified : original;
+        return comparator.ShowsDifference(modified.present ? DifferenceKind::Added : DifferenceKind::Deleted, glyph,
+                               [&](JsonWriter& writer) {
+                                   writer.Key("value");
+                                   writer.StartObject();
+                                   if (present.hasAdvance) {
+                                       writer.Key("advanceHeight");
+                                       writer.Uint(present.advance);
+                                   }
+                                   writer.Key("topSideBearing");
+                                   writer.Int(present.sideBearing);
+                                   writer.EndObject();
+                               });
+    }
+    TTableDumper::PathScope glyphStep(comparator, glyph);
+    bool shown = false;
+    if (modified.hasAdvance && original.hasAdvance && modified.advance != original.advance)
+        shown |= comparator.ShowsChange("advanceHeight", FieldKind::UInt16, modified.advance, original.advance);
+    if (modified.sideBearing != original.sideBearing)
+        shown |= comparator.ShowsChange("topSideBearing", FieldKind::Int16, static_cast<uint16_t>(modified.sideBearing),
+                             static_cast<uint16_t>(original.sideBearing));
+    // Long metrics on one side only are listed even when every value matches.
+    return shown || (modified.hasAdvance != original.hasAdvance && !comparator.ScopeIgnored());
+}
+
 }  // namespace
 
 int32_t TVMTXTableComparator::DumpTableDeltas() {
@@ -203,6 +283,7 @@ int32_t TVMTXTableComparator::DumpTableDeltas() {
     // Long metrics both fonts have: a changed glyph shows all four values.
     for (uint32_t glyph = 0; glyph < minLong; ++glyph) {
         if (LongMetricAt(modified.table, glyph) == LongMetricAt(original.table, glyph)) continue;
+        if (!ShowsGlyphMetrics(*this, modified, original, glyph)) continue;
         PrintGlyphHeading(glyph);
         PrintLongMetricPair(*this, modified, glyph);
         PrintLongMetricPair(*this, original, glyph);
@@ -211,6 +292,7 @@ int32_t TVMTXTableComparator::DumpTableDeltas() {
     // Long metrics only one font has: every glyph is listed, the other font's
     // side as its trailing side bearing or as missing.
     for (uint32_t glyph = minLong; glyph < maxLong; ++glyph) {
+        if (!ShowsGlyphMetrics(*this, modified, original, glyph)) continue;
         PrintGlyphHeading(glyph);
         for (const VerticalSide* side : {&modified, &original}) {
             if (glyph < side->font.longMetrics)
@@ -226,6 +308,7 @@ int32_t TVMTXTableComparator::DumpTableDeltas() {
     for (uint32_t glyph = maxLong; glyph < maxGlyphs; ++glyph) {
         bool inBoth = glyph < fModified.glyphCount && glyph < fOriginal.glyphCount;
         if (inBoth && modified.TrailingSideBearing(glyph) == original.TrailingSideBearing(glyph)) continue;
+        if (!ShowsGlyphMetrics(*this, modified, original, glyph)) continue;
         PrintGlyphHeading(glyph);
         PrintTrailingSide(*this, modified, glyph);
         PrintTrailingSide(*this, original, glyph);

@@ -42,6 +42,7 @@ public:
     int GetHandlerKind() const override { return 13; }
 
 protected:
+    void ReportGlyphsOfOneFont();
     TMetricsFontData fModified;
     TMetricsFontData fOriginal;
 };

@@ -6,16 +6,16 @@ namespace {
 // is 22 bytes; anything past it is ignored, and a shorter table shows 0 for the
 // fields it lacks.
 constexpr FieldRow kHstyRows[] = {
-    {0, FieldKind::Version, "Version"},
-    {4, FieldKind::Int16, "Extra plain"},
-    {6, FieldKind::Int16, "Extra bold"},
-    {8, FieldKind::Int16, "Extra italic"},
-    {10, FieldKind::Int16, "Extra underline"},
-    {12, FieldKind::Int16, "Extra outline"},
-    {14, FieldKind::Int16, "Extra shadow"},
-    {16, FieldKind::Int16, "Extra condensed"},
-    {18, FieldKind::Int16, "Extra extended"},
-    {20, FieldKind::Int16, "Extra unused"},
+    {0, FieldKind::Version, "Version", "version"},
+    {4, FieldKind::Int16, "Extra plain", "plain"},
+    {6, FieldKind::Int16, "Extra bold", "bold"},
+    {8, FieldKind::Int16, "Extra italic", "italic"},
+    {10, FieldKind::Int16, "Extra underline", "underline"},
+    {12, FieldKind::Int16, "Extra outline", "outline"},
+    {14, FieldKind::Int16, "Extra shadow", "shadow"},
+    {16, FieldKind::Int16, "Extra condensed", "condensed"},
+    {18, FieldKind::Int16, "Extra extended", "extended"},
+    {20, FieldKind::Int16, "Extra unused", "unused"},
 };
 
 }  // namespace

@@ -6,21 +6,21 @@ namespace {
 // unsigned in the font but print signed, so 40000 glyphs read -25536; and three
 // labels keep the "componenet" spelling that reports have always had.
 constexpr FieldRow kMaxpRows[] = {
-    {0, FieldKind::Version, "Version"},
-    {4, FieldKind::Int16, "Number glyphs"},
-    {6, FieldKind::Int16, "Maximum points"},
-    {8, FieldKind::Int16, "Maximum contours"},
-    {10, FieldKind::Int16, "Maximum componenet points"},
-    {12, FieldKind::Int16, "Maximum componenet contours"},
-    {14, FieldKind::Int16, "Maximum zones"},
-    {16, FieldKind::Int16, "Maximum twilight points"},
-    {18, FieldKind::Int16, "Maximum storage"},
-    {20, FieldKind::Int16, "Maximum function definitions"},
-    {22, FieldKind::Int16, "Maximum instruction definitions"},
-    {24, FieldKind::Int16, "Maximum stack elements"},
-    {26, FieldKind::Int16, "Maximum size of instructions"},
-    {28, FieldKind::Int16, "Maximum component elements"},
-    {30, FieldKind::Int16, "Maximum componenet depth"},
+    {0, FieldKind::Version, "Version", "version"},
+    {4, FieldKind::UInt16AsSigned, "Number glyphs", "numGlyphs"},
+    {6, FieldKind::UInt16AsSigned, "Maximum points", "maxPoints"},
+    {8, FieldKind::UInt16AsSigned, "Maximum contours", "maxContours"},
+    {10, FieldKind::UInt16AsSigned, "Maximum componenet points", "maxCompositePoints"},
+    {12, FieldKind::UInt16AsSigned, "Maximum componenet contours", "maxCompositeContours"},
+    {14, FieldKind::UInt16AsSigned, "Maximum zones", "maxZones"},
+    {16, FieldKind::UInt16AsSigned, "Maximum twilight points", "maxTwilightPoints"},
+    {18, FieldKind::UInt16AsSigned, "Maximum storage", "maxStorage"},
+    {20, FieldKind::UInt16AsSigned, "Maximum function definitions", "maxFunctionDefs"},
+    {22, FieldKind::UInt16AsSigned, "Maximum instruction definitions", "maxInstructionDefs"},
+    {24, FieldKind::UInt16AsSigned, "Maximum stack elements", "maxStackElements"},
+    {26, FieldKind::UInt16AsSigned, "Maximum size of instructions", "maxSizeOfInstructions"},
+    {28, FieldKind::UInt16AsSigned, "Maximum component elements", "maxComponentElements"},
+    {30, FieldKind::UInt16AsSigned, "Maximum componenet depth", "maxComponentDepth"},
 };
 
 }  // namespace

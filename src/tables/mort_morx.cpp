@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <span>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -239,7 +241,7 @@ constexpr FieldRow kMortChainRows[] = {
 };
 constexpr FieldRow kMortSubtableRows[] = {
     {0, FieldKind::UInt16Hex, "Length"},
-    {2, FieldKind::UInt16Hex, "Coverage", PrintMortSubtableType},
+    {2, FieldKind::UInt16Hex, "Coverage", "coverage", PrintMortSubtableType},
     {4, FieldKind::Int32Hex, "Flags"},
 };
 constexpr FieldRow kMorxChainRows[] = {
@@ -249,7 +251,7 @@ constexpr FieldRow kMorxChainRows[] = {
 };
 constexpr FieldRow kMorxSubtableRows[] = {
     {0, FieldKind::Int32Hex, "Length"},
-    {4, FieldKind::Int32Hex, "Coverage", PrintMorxCoverage},
+    {4, FieldKind::Int32Hex, "Coverage", "coverage", PrintMorxCoverage},
     {8, FieldKind::Int32Hex, "Flags"},
 };
 
@@ -296,6 +298,18 @@ int32_t DumpMetamorphosis(TTableDumper& dumper, const MetamorphosisLayout& layou
 void CompareChainValue(TTableDumper& dumper, const char* label, size_t chain, uint32_t modified, uint32_t original,
                        bool hex) {
     if (modified == original) return;
+    // Records name the value by its field in the chain header: [chain, key].
+    static constexpr std::pair<std::string_view, const char*> kKeys[] = {
+        {"Chain flags", "defaultFlags"},
+        {"Chain length", "chainLength"},
+        {"Chain feature count", "nFeatureEntries"},
+        {"Chain subtable count", "nSubtables"},
+    };
+    const char* key = label;
+    for (const auto& [chainLabel, chainKey] : kKeys)
+        if (chainLabel == label) key = chainKey;
+    TTableDumper::PathScope chainStep(dumper, chain);
+    if (!dumper.ShowsChange(key, FieldKind::Int32, modified, original)) return;
     dumper.PrintInt32Field(1, label, static_cast<int32_t>(chain), false, true);
     dumper.PrintInt32Field(2, "mod ", static_cast<int32_t>(modified), hex, true);
     dumper.PrintInt32Field(2, "orig", static_cast<int32_t>(original), hex, true);

@@ -165,12 +165,26 @@ std::string Utf16NameText(VellView bytes) {
 // A name's text as the report shows it: a Macintosh name byte for byte, whatever
 // its script and length; any other as converted Unicode. Both end at a NUL byte,
 // as the C strings the report was always written from.
-void PrintNameText(TTableDumper& dumper, const NameTable& table, VellView record) {
+std::string NameText(const NameTable& table, VellView record) {
     VellView bytes = table.String(record);
     std::string text = record.u16(0) == kMacintoshPlatform ? std::string(bytes.chars(0, bytes.size()))
                                                            : Utf16NameText(bytes);
     text.resize(std::min(text.size(), text.find('\0')));
-    dumper.PrintLine("\t\t\"" + text + "\"", true);
+    return text;
+}
+
+void PrintNameText(TTableDumper& dumper, const NameTable& table, VellView record) {
+    dumper.PrintLine("\t\t\"" + NameText(table, record) + "\"", true);
+}
+
+// A name record's place in a difference's path: its name ID first, so that a
+// rule "name.5" names every version string, then its platform ID, encoding ID
+// and language ID.
+template <typename Values>
+bool ShowsNameDifference(TTableDumper& dumper, DifferenceKind kind, VellView record, Values values) {
+    TTableDumper::PathScope nameID(dumper, record.u16(6)), platform(dumper, record.u16(0)),
+        encoding(dumper, record.u16(2));
+    return dumper.ShowsDifference(kind, record.u16(4), values);
 }
 
 // A listed record's identifiers with their texts, its length and offset. The
@@ -198,9 +212,15 @@ void PrintName(TTableDumper& dumper, const NameTable& table, VellView record, Si
 template <typename HasCounterpart>
 void ListUnpairedNames(TTableDumper& dumper, const NameTable& listed, Side side, const char* label,
                        HasCounterpart hasCounterpart) {
+    DifferenceKind kind = side == Side::Modified ? DifferenceKind::Added : DifferenceKind::Deleted;
     for (size_t index = 0; index < listed.count() && !dumper.OutputExhausted(); ++index) {
         VellView record = listed.Record(index);
         if (hasCounterpart(record)) continue;
+        if (!ShowsNameDifference(dumper, kind, record, [&](JsonWriter& writer) {
+                writer.Key("value");
+                WriteText(writer, NameText(listed, record));
+            }))
+            continue;
         dumper.PrintInt32Field(1, label, static_cast<int32_t>(index), false, true);
         PrintName(dumper, listed, record, side, true);
     }
@@ -258,9 +278,17 @@ void TNAMETableComparator::ReportChangedNames() {
         VellView record = original.Record(index);
         std::optional<size_t> match = modifiedIndex.FirstChanged(Identifiers(record), original.Signature(record));
         if (!match) continue;
+        VellView modifiedRecord = modified.Record(*match);
+        if (!ShowsNameDifference(*this, DifferenceKind::Changed, record, [&](JsonWriter& writer) {
+                writer.Key("original");
+                WriteText(writer, NameText(original, record));
+                writer.Key("modified");
+                WriteText(writer, NameText(modified, modifiedRecord));
+            }))
+            continue;
         PrintInt32Field(1, "Changed name, name index", static_cast<int32_t>(index), false, true);
         PrintFieldBlock(*this, record);
         PrintName(*this, original, record, Side::Original, false);
-        PrintName(*this, modified, modified.Record(*match), Side::Modified, false);
+        PrintName(*this, modified, modifiedRecord, Side::Modified, false);
     }
 }

@@ -14,15 +14,15 @@ namespace {
 // have always shown it that way. isFixedPitch compares all 32 bits, so 1 against
 // 2 is a change even though both print TRUE.
 constexpr FieldRow kPostHeaderRows[] = {
-    {0, FieldKind::Version, "Format"},
-    {4, FieldKind::Version, "Italic angle"},
-    {8, FieldKind::Int16, "Underline position"},
-    {10, FieldKind::UInt16, "Underline thickness"},
-    {12, FieldKind::Flag32, "Is monospaced"},
-    {16, FieldKind::Int32, "Minimum memory, type 42"},
-    {20, FieldKind::Int32, "Maximum memory, type 42"},
-    {24, FieldKind::Int32, "Minimum memory, type 1"},
-    {28, FieldKind::Int32, "Maximum memory, type 1"},
+    {0, FieldKind::Version, "Format", "version"},
+    {4, FieldKind::FixedAsVersion, "Italic angle", "italicAngle"},
+    {8, FieldKind::Int16, "Underline position", "underlinePosition"},
+    {10, FieldKind::UInt16, "Underline thickness", "underlineThickness"},
+    {12, FieldKind::Flag32, "Is monospaced", "isFixedPitch"},
+    {16, FieldKind::Int32, "Minimum memory, type 42", "minMemType42"},
+    {20, FieldKind::Int32, "Maximum memory, type 42", "maxMemType42"},
+    {24, FieldKind::Int32, "Minimum memory, type 1", "minMemType1"},
+    {28, FieldKind::Int32, "Maximum memory, type 1", "maxMemType1"},
 };
 
 uint32_t CountGlyphs(VellFontRef font) {
@@ -78,6 +78,14 @@ int32_t TPOSTTableComparator::DumpTableDeltas() {
         std::string originalName = PostScriptName(GetOriginalTableHandle(), glyph);
         std::string modifiedName = PostScriptName(GetTableHandle(), glyph);
         if (originalName == modifiedName) continue;
+        PathScope names(*this, "glyphNames");
+        if (!ShowsDifference(DifferenceKind::Changed, glyph, [&](JsonWriter& writer) {
+                writer.Key("original");
+                WriteText(writer, originalName);
+                writer.Key("modified");
+                WriteText(writer, modifiedName);
+            }))
+            continue;
         PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, true);
         PrintLine("\t\tname (mod ):\t" + modifiedName, true);
         PrintLine("\t\tname (orig):\t" + originalName, true);
@@ -85,10 +93,18 @@ int32_t TPOSTTableComparator::DumpTableDeltas() {
 
     if (originalGlyphs > modifiedGlyphs) PrintLine("\t### Deleted glyphs:", true);
     if (modifiedGlyphs > originalGlyphs) PrintLine("\t### Added glyphs:", true);
+    DifferenceKind kind = originalGlyphs > modifiedGlyphs ? DifferenceKind::Deleted : DifferenceKind::Added;
     for (uint32_t glyph = commonGlyphs; glyph < allGlyphs; ++glyph) {
         const VellHandle& post = glyph < originalGlyphs ? GetOriginalTableHandle() : GetTableHandle();
+        std::string name = PostScriptName(post, glyph);
+        PathScope names(*this, "glyphNames");
+        if (!ShowsDifference(kind, glyph, [&](JsonWriter& writer) {
+                writer.Key("value");
+                WriteText(writer, name);
+            }))
+            continue;
         PrintInt32Field(1, "Glyph", static_cast<int32_t>(glyph), false, false);
-        PrintLine("\t" + PostScriptName(post, glyph), true);
+        PrintLine("\t" + name, true);
     }
     return 0;
 }

@@ -1,6 +1,7 @@
 #include "tables/prop.h"
 
 #include <algorithm>
+#include <bit>
 #include <optional>
 
 #include "VellCmpErrors.h"
@@ -132,8 +133,18 @@ void TPROPTableComparator::PrintProperty(int indent, const char* label, uint16_t
 void TPROPTableComparator::PrintPropertyPair(int indent, const char* label, uint16_t modified, uint16_t original,
                                              uint32_t glyph) {
     PrintPropertyLabel(*this, indent, label);
+    PathScope glyphStep(*this, glyph);
     for (const PropertyField& field : kPropertyFields) {
         if (((modified ^ original) & field.mask) == 0) continue;
+        // The field's bits, shifted down: a flag is 0 or 1, the offset and class their numbers.
+        auto bits = [&field](uint16_t property) {
+            uint16_t value = property & field.mask;
+            return field.part == PropertyPart::BracketingOffset ? static_cast<uint16_t>(BracketingOffset(property))
+                                                                 : static_cast<uint16_t>(value >> std::countr_zero(field.mask));
+        };
+        if (!ShowsChange(field.label, field.part == PropertyPart::BracketingOffset ? FieldKind::Int16 : FieldKind::UInt16,
+                         bits(modified), bits(original)))
+            continue;
         PrintPropertyField(*this, indent + 1, field, ModLabel, modified, glyph);
         PrintPropertyField(*this, indent + 1, field, OrigLabel, original, glyph);
     }

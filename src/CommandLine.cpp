@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -23,7 +24,7 @@ constexpr size_t kReportBufferBytes = size_t{1} << 20;
 
 // getopt_long's values for the long options without a letter of their own.
 enum : int { kSummaryValue = 256, kTablesValue, kExcludeTablesValue, kExitCodeValue, kColorValue, kLongHelpValue,
-             kOpenTypeValue, kPairValue, kJsonValue, kIgnoreValue };
+             kOpenTypeValue, kPairValue, kJsonValue, kIgnoreValue, kHtmlValue, kHtmlMaxDrawingsValue };
 
 struct LongOptionRow {
     unsigned flag;
@@ -59,6 +60,12 @@ const LongOptionRow kLongOptionRows[] = {
      "\t--ignore=RULE[,RULE...] Leave out the differences a rule names by its JSON path (head.modified, name.5, "
      "hmtx.*.advanceWidth) or a whole table (DSIG); a table whose differences are all left out is unchanged. "
      "build: the checksum adjustment, both dates and 'DSIG'\n"},
+    {kLongHtml, {"html", required_argument, nullptr, kHtmlValue},
+     "\t--html=FILE Also draw the run as one HTML page in FILE: the accounts of the changed tables, with the "
+     "changed glyphs, advance widths and character mappings drawn; the text report goes to -o, and nowhere "
+     "when no -o is given\n"},
+    {kLongHtml, {"html-max-drawings", required_argument, nullptr, kHtmlMaxDrawingsValue},
+     "\t--html-max-drawings=N Draw at most N glyphs per table on the --html page (500 unless given)\n"},
     {kLongHelp, {"help", no_argument, nullptr, kLongHelpValue}, "\t--help Output this message with the long options\n"},
     {kLongVersion, {"version", no_argument, nullptr, 'V'}, "\t--version Output the tool's version to stdout\n"},
 };
@@ -106,6 +113,24 @@ bool ParsePairing(const char* argument) {
     int chosen = ChooseWord(argument, kWords, "pairing");
     if (chosen >= 0) gPairFontsByIndex = chosen == 1;
     return chosen >= 0;
+}
+
+// A --html-max-drawings count: decimal digits, at most a million.
+bool ParseDrawingCount(const char* argument) {
+    constexpr uint32_t kMostDrawings = 1000000;
+    uint64_t count = 0;
+    bool digits = argument[0] != '\0';
+    for (const char* c = argument; digits && *c != '\0'; ++c) {
+        digits = *c >= '0' && *c <= '9';
+        count = std::min<uint64_t>(count * 10 + static_cast<uint64_t>(*c - '0'), kMostDrawings + 1);
+    }
+    if (!digits || count > kMostDrawings) {
+        std::fprintf(stderr, "#### ERROR:  Invalid drawing count \"%s\": use a number from 0 to %u\n", argument,
+                     kMostDrawings);
+        return false;
+    }
+    gHtmlMaxDrawings = static_cast<uint32_t>(count);
+    return true;
 }
 
 // Opens an -o file for writing as "w" would, but without emptying it yet.
@@ -159,6 +184,19 @@ CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters, uns
             case kPairValue: options.error = !ParsePairing(optarg); break;
             case kJsonValue: gJsonOutput = 1; break;
             case kIgnoreValue: options.error = !AddIgnoreRules(optarg, gIgnoreRules); break;
+            case kHtmlValue: {
+                FILE* page = optarg[0] != '\0' ? OpenReportFile(optarg) : nullptr;
+                if (page == nullptr) {
+                    std::fprintf(stderr, "#### ERROR:  Cannot open output file \"%s\"\n", optarg);
+                    options.error = 1;
+                    break;
+                }
+                if (options.htmlFile.stream != nullptr) std::fclose(options.htmlFile.stream);
+                options.htmlFile = {page, optarg};
+                gHtmlPath = optarg;
+                break;
+            }
+            case kHtmlMaxDrawingsValue: options.error = !ParseDrawingCount(optarg); break;
             default:
                 std::fprintf(stderr, "#### ERROR:  Unknown option: %c\n", option);
                 options.error = 1;
@@ -175,7 +213,9 @@ CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters, uns
 }
 
 bool ClaimReportFiles(const CommandLineOptions& options, char* const fontFiles[], int count) {
-    for (const ReportFile& report : options.reportFiles) {
+    std::vector<ReportFile> claimed = options.reportFiles;
+    if (options.htmlFile.stream != nullptr) claimed.push_back(options.htmlFile);
+    for (const ReportFile& report : claimed) {
         struct stat reportStatus;
         if (fstat(fileno(report.stream), &reportStatus) != 0) continue;
         for (int i = 0; i < count; ++i) {
@@ -189,7 +229,7 @@ bool ClaimReportFiles(const CommandLineOptions& options, char* const fontFiles[]
         }
     }
     // A terminal or a pipe has nothing to empty, and refuses.
-    for (const ReportFile& report : options.reportFiles)
+    for (const ReportFile& report : claimed)
         if (ftruncate(fileno(report.stream), 0) != 0 && errno != EINVAL)
             std::fprintf(stderr, "#### ERROR:  Cannot open output file \"%s\"\n", report.path.c_str());
     return true;

@@ -23,6 +23,7 @@ enum LongOption : unsigned {
     kLongOpenType = 1u << 6,  // --opentype
     kLongPair = 1u << 7,      // --pair=name|index
     kLongJson = 1u << 8,      // --json and --ignore=RULE[,RULE...]
+    kLongHtml = 1u << 9,      // --html=FILE and --html-max-drawings=N
 };
 
 // A file -o opened, kept as it is until it is known to be none of the font files.
@@ -37,6 +38,7 @@ struct CommandLineOptions {
     bool longHelp = false;  // --help
     bool version = false;   // -V or --version
     std::vector<ReportFile> reportFiles;  // every -o given, the last one the report's
+    ReportFile htmlFile{nullptr, {}};     // the --html page's file (the last one given)
 };
 
 // Parses the options of `letters` (a getopt option string: any of f:, h, o:, p, u,
@@ -48,6 +50,7 @@ CommandLineOptions ParseOptions(int argc, char* argv[], const char* letters, uns
 // Whether a report file of `options` is one of `fontFiles` (the same file by any
 // path or link): if so, prints an error line and answers false, leaving every
 // file as it was; otherwise empties the report files, as opening them always has.
+// The --html file is claimed alike.
 bool ClaimReportFiles(const CommandLineOptions& options, char* const fontFiles[], int count);
 
 enum class ColorMode { kNever, kAuto, kAlways };

@@ -19,6 +19,8 @@ uint8_t gExitCodeByDifference = 0;
 uint8_t gOpenType = 0;
 uint8_t gPairFontsByIndex = 0;
 uint8_t gJsonOutput = 0;
+std::string gHtmlPath;
+uint32_t gHtmlMaxDrawings = 500;
 uint8_t gFontsDiffer = 0;
 void (*gMessageRecordHook)(const char* level, const std::string& message, const std::string& detail) = nullptr;
 

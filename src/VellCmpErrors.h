@@ -25,6 +25,8 @@ extern uint8_t gExitCodeByDifference; // --exit-code: 0 identical, 1 different, 
 extern uint8_t gOpenType;             // --opentype: the handlers of the OpenType handler set as well
 extern uint8_t gPairFontsByIndex;     // --pair=index: the i-th font of each file, not fonts of one name
 extern uint8_t gJsonOutput;           // --json: the report as JSON Lines records
+extern std::string gHtmlPath;         // --html: the page drawn of the whole run (none when empty)
+extern uint32_t gHtmlMaxDrawings;     // --html-max-drawings: drawings per table on that page
 
 // Set once any compared pair differs (a table added, deleted or changed) or a
 // font of the modified file has no partner: what --exit-code reports.

@@ -8,6 +8,7 @@
 #include "dumpers/TJsonReport.h"
 #include "dumpers/TableHandlers.h"
 #include "framework/VellTables.h"
+#include "html/HtmlPage.h"
 
 // ---- The font diff driver ----
 
@@ -81,6 +82,8 @@ bool ListTablesMissingFrom(VellFontRef font, uint32_t count, VellFontRef other, 
                                      kind == DifferenceKind::Deleted ? length : 0);
         else
             std::fprintf(gReportFile, "\t'%s' %d bytes\n", VellTagText(tag).c_str(), static_cast<int32_t>(length));
+        if (gHtmlPage)
+            gHtmlPage->ListTable(kind == DifferenceKind::Added ? TableList::kAdded : TableList::kDeleted, tag, length, 0);
     }
     return true;
 }
@@ -158,6 +161,7 @@ void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* 
         gFontsDiffer = 1;
         std::string tagText = VellTagText(tag);
         if (gVerbose) std::fprintf(stderr, "Found a delta in the '%s' tables\n", tagText.c_str());
+        if (gHtmlPage) gHtmlPage->ListTable(TableList::kChanged, tag, modifiedLength, originalLength);
         if (gJsonReport != nullptr) {
             gJsonReport->TableRecord(DifferenceKind::Changed, tag, modifiedLength, originalLength);
             if (gSummaryOnly) continue;
@@ -170,12 +174,15 @@ void DiffFonts(VellFontRef modifiedFont, VellFontRef originalFont, ErrorRecord* 
         if (gJsonReport == nullptr) std::fprintf(gReportFile, "\n\t'%s'\n", tagText.c_str());
         if (!TableGetsAccount(tag)) continue;
         try {
+            TAccountCapture account;
             std::unique_ptr<TTableComparator> comparator =
-                MakeTableComparator(modifiedContext, originalContext, tag, gReportFile);
+                MakeTableComparator(modifiedContext, originalContext, tag, account.Stream());
             if (comparator) {
                 comparator->DumpTable();
                 comparator.reset();
+                account.Finish();
             }
+            if (gHtmlPage) gHtmlPage->AddDrawings(tag, modifiedContext, originalContext);
         } catch (const TVellCmpException&) {
             VellSetErrorSource(record, kVellCmpFontsSource, kComparatorExceptionLine);
             record->code = kVellCmpInternalError;

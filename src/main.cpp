@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -14,6 +15,7 @@
 #include "dumpers/TJsonReport.h"
 #include "framework/VellNames.h"
 #include "framework/VellTables.h"
+#include "html/HtmlPage.h"
 
 namespace {
 
@@ -29,7 +31,7 @@ constexpr const char* kHeaderRule = "===========================================
 // The long options vellcmp takes.
 constexpr unsigned kVellcmpLongOptions =
     kLongHelp | kLongVersion | kLongColor | kLongSummary | kLongTables | kLongExitCode | kLongOpenType |
-    kLongPair | kLongJson;
+    kLongPair | kLongJson | kLongHtml;
 
 void PrintUsage(const std::string& name, bool longOptions) {
     PrintVersion(name);
@@ -112,6 +114,7 @@ int DiffFontFiles(const char* modifiedPath, const char* originalPath) {
     // One pair, under its header unless -f chose it (under --json, always after
     // its pair record); 0, or 1 once the failure is reported.
     auto diffPair = [&](VellFontRef modifiedFont, VellFontRef originalFont, bool header) {
+        if (gHtmlPage) gHtmlPage->BeginPair(modifiedPath, originalPath, modifiedFont, originalFont);
         if (header || gJsonReport != nullptr) {
             std::string modifiedName, modifiedVersion, originalName, originalVersion;
             GetFontNameUTF8(modifiedFont, kFullNameCode, &modifiedName, &record);
@@ -136,6 +139,7 @@ int DiffFontFiles(const char* modifiedPath, const char* originalPath) {
         }
         WarnOfTablesNeitherFontHas(modifiedFont, originalFont);
         DiffFonts(modifiedFont, originalFont, &record);
+        if (gHtmlPage) gHtmlPage->EndPair();
         return record.code != 0 ? dispose() : 0;
     };
     // The pairing's own lookup of a full name; false once its failure is reported.
@@ -217,6 +221,13 @@ int main(int argc, char* argv[]) {
     // With --exit-code, failures exit 2 as diff's do, leaving 1 to say "different".
     const int failure = gExitCodeByDifference ? 2 : 1;
     if (!ClaimReportFiles(options, argv + optind, argc - optind)) return failure;
+    // With --html and no -o the page is the only output asked for: the text
+    // report goes nowhere.
+    FILE* page = options.htmlFile.stream;
+    if (page != nullptr && options.reportFiles.empty() && !gJsonOutput && optind == argc - 2) {
+        FILE* nowhere = std::fopen("/dev/null", "w");
+        if (nowhere != nullptr) gReportFile = nowhere;
+    }
     // Under --json every record, errors and warnings too, goes to the report.
     std::optional<TJsonReport> json;
     if (gJsonOutput && optind == argc - 2) {
@@ -231,7 +242,18 @@ int main(int argc, char* argv[]) {
     if (optind == argc) return error ? failure : 0;
     if (optind == argc - 2) {
         // The modified file goes first.
+        std::unique_ptr<THtmlPage> html;
+        if (page != nullptr) gHtmlPage = (html = std::make_unique<THtmlPage>(page, gHtmlMaxDrawings)).get();
         int result = DiffFontFiles(argv[optind + 1], argv[optind]);
+        if (html) {
+            // A failed run still leaves a page with the pairs compared before the failure.
+            bool written = html->Finish();
+            gHtmlPage = nullptr;
+            if (std::fclose(page) != 0 || !written) {
+                std::fprintf(stderr, "#### ERROR:  Cannot write the page \"%s\"\n", options.htmlFile.path.c_str());
+                if (result == 0) result = 1;
+            }
+        }
         // A mistyped option fails a CI run though the fonts were compared.
         if (result == 0 && gExitCodeByDifference && error) return failure;
         if (result == 0) return gExitCodeByDifference && gFontsDiffer ? 1 : 0;

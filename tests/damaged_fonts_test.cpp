@@ -22,6 +22,7 @@
 #include "dumpers/TJsonReport.h"
 #include "dumpers/TTableDumper.h"
 #include "dumpers/TableHandlers.h"
+#include "html/HtmlPage.h"
 #include "support/Harness.h"
 
 namespace {
@@ -35,6 +36,10 @@ constexpr int kProcessEvery = 40;
 // One variant in this many is also compared under --json, with --ignore rules
 // that send tables through a counting pass.
 constexpr int kJsonEvery = 3;
+// One variant in this many is also compared with an --html page drawn, of at
+// most 50 figures per table and each table's account cut at its page limit.
+constexpr int kPageEvery = 5;
+constexpr size_t kMostPageBytes = 64u << 20;
 
 enum class Damage { kFlip, kCut, kSplice };
 
@@ -146,8 +151,22 @@ void DamageEveryTable(const FontTables& original, uint32_t seed, const std::vect
                 std::string what = "'" + tag + "', damage " + std::to_string(static_cast<int>(damage)) +
                                    ", round " + std::to_string(round);
                 ErrorRecord record;
-                ExpectAccountsWithinBudget(Report([&] { DiffFonts(modifiedFont.font(), originalFont.font(), &record); }),
-                                           what);
+                std::string report = Report([&] { DiffFonts(modifiedFont.font(), originalFont.font(), &record); });
+                ExpectAccountsWithinBudget(report, what);
+                // Drawn on a page, the same comparison prints the same report and a bounded page.
+                if (variant % kPageEvery == 0) {
+                    CapturedStream page;
+                    THtmlPage html(page.file(), 50);
+                    gHtmlPage = &html;
+                    html.BeginPair("modified.ttf", "original.ttf", modifiedFont.font(), originalFont.font());
+                    ClearUSN(&record);
+                    EXPECT_EQ(Report([&] { DiffFonts(modifiedFont.font(), originalFont.font(), &record); }), report)
+                        << what;
+                    html.EndPair();
+                    gHtmlPage = nullptr;
+                    EXPECT_TRUE(html.Finish());
+                    EXPECT_LT(page.Text().size(), kMostPageBytes) << what;
+                }
                 ClearUSN(&record);
                 ExpectAccountsWithinBudget(Report([&] { DiffFonts(originalFont.font(), modifiedFont.font(), &record); }),
                                            what);
@@ -163,6 +182,7 @@ void DamageEveryTable(const FontTables& original, uint32_t seed, const std::vect
                     return paths;
                 };
                 for (const RunResult& run : {RunVellcmp(with({originalPath, modifiedPath})),
+                                             RunVellcmp(with({"--html=" + dir.Path("page.html"), originalPath, modifiedPath})),
                                              RunVelldump(with({modifiedPath}))})
                     EXPECT_TRUE(run.status == 0 || run.status == 1) << what << ": exit " << run.status << run.err;
             }

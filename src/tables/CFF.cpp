@@ -331,3 +331,32 @@ int32_t TCFFTableComparator::DumpTableDeltas() {
         PrintLine("\tNo field, glyph name or outline differs: the tables differ only in how they are encoded", true);
     return 0;
 }
+
+bool FindCFFGlyphChanges(TFontContext& modifiedFont, TFontContext& originalFont, VellTag tag,
+                         CFFGlyphChanges* changes) {
+    VellCFF modified, original;
+    std::string why;
+    VellView modifiedTable = modifiedFont.Table(tag), originalTable = originalFont.Table(tag);
+    if (!ReadTable(modifiedTable, tag, &modified, &why) || !ReadTable(originalTable, tag, &original, &why))
+        return false;
+    changes->modifiedFace = OpenFace(modifiedFont, modifiedTable, modified, &why);
+    changes->originalFace = OpenFace(originalFont, originalTable, original, &why);
+    if (!changes->modifiedFace || !changes->originalFace) return false;
+    GlyphPairing pairing = PairGlyphs(GlyphNames(modifiedFont, modified), modified.GlyphCount(),
+                                      GlyphNames(originalFont, original), original.GlyphCount());
+    changes->added = pairing.added;
+    changes->deleted = pairing.deleted;
+    SameContext sameContext(modified, original);
+    VellOutline modifiedOutline, originalOutline;
+    for (auto [m, o] : pairing.pairs) {
+        if (modified.charStrings.Object(m) == original.charStrings.Object(o) &&
+            sameContext(modified.fdSelect[m], original.fdSelect[o]))
+            continue;
+        bool modifiedRead = changes->modifiedFace->Load(m, &modifiedOutline);
+        bool originalRead = changes->originalFace->Load(o, &originalOutline);
+        if (modifiedRead != originalRead || !(modifiedOutline == originalOutline) ||
+            VellCFFHintText(modified, m) != VellCFFHintText(original, o))
+            changes->changed.emplace_back(m, o);
+    }
+    return true;
+}

@@ -8,8 +8,11 @@
 // in hex, after a note that says so.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
+
+#include "framework/VellOutlines.h"
 
 #include "comparators/TTableComparator.h"
 
@@ -34,3 +37,14 @@ private:
     std::vector<std::string> fModifiedNames, fOriginalNames;
     const std::vector<std::string>* fNames = &fModifiedNames;
 };
+
+// The glyphs of two 'CFF ' or 'CFF2' tables as the comparator pairs them, and
+// those whose outline or hints at the default location differ, with both fonts'
+// outline engines to draw them. The --html page draws them.
+struct CFFGlyphChanges {
+    std::unique_ptr<VellOutlineFace> modifiedFace, originalFace;
+    std::vector<std::pair<uint32_t, uint32_t>> changed;  // (modified, original)
+    std::vector<uint32_t> added, deleted;
+};
+// False when either table cannot be read or opened.
+bool FindCFFGlyphChanges(TFontContext& modified, TFontContext& original, VellTag tag, CFFGlyphChanges* changes);

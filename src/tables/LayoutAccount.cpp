@@ -52,11 +52,10 @@ VellGlyphText TextOf(GlyphWriter& writer) {
     return [&writer](uint16_t glyph) { return writer(glyph); };
 }
 
-// The two fonts' lists paired by name; a feature tag's list that has no namesake
-// (its language systems differ) pairs with the list of that tag sharing most of
-// its language systems. Lists of only one font pair with nothing.
-std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> PairLists(const VellLayoutAccount& modified,
-                                                                                      const VellLayoutAccount& original) {
+}  // namespace
+
+std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> PairLayoutLists(
+    const VellLayoutAccount& modified, const VellLayoutAccount& original) {
     std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> pairs;
     std::vector<bool> taken(original.lists.size(), false);
     for (const VellLayoutRuleList& list : modified.lists) {
@@ -90,6 +89,8 @@ std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> Pai
         if (!taken[i]) pairs.push_back({nullptr, &original.lists[i]});
     return pairs;
 }
+
+namespace {
 
 // A rule's key alone, glyphs as numbers: the last step of its path in a record.
 std::string RuleKeyText(const VellLayoutRule& rule) {
@@ -153,7 +154,7 @@ void CompareLayoutAccounts(TTableComparator& comparator, const VellLayoutAccount
     GlyphWriter originalWriter(comparator.GetOriginalFont(), comparator.GetOriginalContext());
     VellGlyphText modifiedText = TextOf(modifiedWriter), originalText = TextOf(originalWriter);
 
-    for (const auto& [mine, theirs] : PairLists(modified, original)) {
+    for (const auto& [mine, theirs] : PairLayoutLists(modified, original)) {
         VellLayoutDelta delta = VellCompareLayoutRules(mine, theirs, modifiedGlyphs, originalGlyphs);
         // Added and changed rules are named as the modified font names their list.
         const std::string& what = mine ? mine->what : theirs->what;

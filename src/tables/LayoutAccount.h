@@ -9,6 +9,11 @@
 
 // Every list under "### <what>:", one rule a line.
 void DumpLayoutAccount(TTableDumper& dumper, const VellLayoutAccount& account);
+// The two fonts' lists paired by name; a feature tag's list that has no namesake
+// (its language systems differ) pairs with the list of that tag sharing most of
+// its language systems. Lists of only one font pair with nothing.
+std::vector<std::pair<const VellLayoutRuleList*, const VellLayoutRuleList*>> PairLayoutLists(
+    const VellLayoutAccount& modified, const VellLayoutAccount& original);
 // The lists of the two fonts matched by name; nothing for a list whose rules agree.
 void CompareLayoutAccounts(TTableComparator& comparator, const VellLayoutAccount& modified,
                            const VellLayoutAccount& original);

@@ -271,16 +271,14 @@ VellView GlyphBytes(const VellGlyphLocations& locations, uint32_t glyph) {
     return bytes;
 }
 
-// Whether two glyphs' data differ, allowing up to four bytes of trailing padding
-// that bring the longer one to a multiple of four (whatever those bytes hold).
-bool GlyphDataDiffer(VellView modified, VellView original) {
+}  // namespace
+
+bool GLYFGlyphDataDiffer(VellView modified, VellView original) {
     size_t longer = std::max(modified.size(), original.size()), shorter = std::min(modified.size(), original.size());
     if (longer - shorter > 4) return true;
     if (longer != shorter && longer % 4 != 0) return true;
     return !(modified.sub(0, shorter) == original.sub(0, shorter));
 }
-
-}  // namespace
 
 // ---- Dumper ----
 
@@ -344,7 +342,7 @@ int32_t TGLYFTableComparator::DumpTableDeltas() {
     // Glyphs are compared in place; only those reported are copied out.
     for (uint32_t glyph = 0; glyph < sharedGlyphs; ++glyph) {
         VellView originalBytes = GlyphBytes(original, glyph), modifiedBytes = GlyphBytes(modified, glyph);
-        if (originalBytes.empty() || modifiedBytes.empty() || !GlyphDataDiffer(modifiedBytes, originalBytes)) continue;
+        if (originalBytes.empty() || modifiedBytes.empty() || !GLYFGlyphDataDiffer(modifiedBytes, originalBytes)) continue;
         VellHandle originalData = GlyphData(original, glyph), modifiedData = GlyphData(modified, glyph);
         if (!ShowsDifference(DifferenceKind::Changed, glyph, [&](JsonWriter& writer) {
                 writer.Key("original");

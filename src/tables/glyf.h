@@ -26,3 +26,8 @@ public:
 private:
     void ReportGlyphsOfOneFont(const VellGlyphLocations& font, DifferenceKind kind, uint32_t first);
 };
+
+// Whether two glyphs' data differ, allowing up to four bytes of trailing padding
+// that bring the longer one to a multiple of four (whatever those bytes hold):
+// the comparator's test, which the --html drawings share.
+bool GLYFGlyphDataDiffer(VellView modified, VellView original);

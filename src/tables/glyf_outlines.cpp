@@ -210,3 +210,19 @@ int32_t TGLYFOutlineTableComparator::DumpTableDeltas() {
         PrintLine("\tNo glyph differs: the tables differ only in how their glyphs are encoded", true);
     return 0;
 }
+
+GLYFOutlineChanges FindGLYFOutlineChanges(TFontContext& modifiedFont, TFontContext& originalFont) {
+    VellGlyphLocations modified = FindGlyphs(modifiedFont.Font()), original = FindGlyphs(originalFont.Font());
+    GlyphPairing pairing = PairGlyphs(GlyphNames(modifiedFont, modified.glyphCount), modified.glyphCount,
+                                      GlyphNames(originalFont, original.glyphCount), original.glyphCount);
+    GLYFOutlineChanges changes{{}, pairing.added, pairing.deleted};
+    VellTrueTypeGlyph mod, orig;
+    for (auto [m, o] : pairing.pairs) {
+        VellView modifiedBytes = GlyphBytes(modified, m), originalBytes = GlyphBytes(original, o);
+        if (modifiedBytes == originalBytes) continue;
+        VellDecodeTrueTypeGlyph(modifiedBytes, &mod);
+        VellDecodeTrueTypeGlyph(originalBytes, &orig);
+        if (!SameGlyph(mod, orig)) changes.changed.emplace_back(m, o);
+    }
+    return changes;
+}

@@ -28,3 +28,11 @@ private:
     std::vector<std::string> fModifiedNames, fOriginalNames;
     const std::vector<std::string>* fNames = &fModifiedNames;
 };
+
+// The glyphs this comparator reports: the pairs (modified, original) whose
+// decoded glyphs differ, and the glyphs only one font has. The --html page draws them.
+struct GLYFOutlineChanges {
+    std::vector<std::pair<uint32_t, uint32_t>> changed;
+    std::vector<uint32_t> added, deleted;
+};
+GLYFOutlineChanges FindGLYFOutlineChanges(TFontContext& modified, TFontContext& original);

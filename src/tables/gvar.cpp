@@ -243,3 +243,55 @@ int32_t TGVARTableComparator::DumpTableDeltas() {
     if (allowance == 0) PrintBudgetSpent(*this);
     return 0;
 }
+
+namespace {
+
+// Whether two glyphs' records agree in every compared field, as the account
+// would find them: nothing of the glyph would be printed.
+bool SameRecords(const VariationRecords& modified, const VariationRecords& original) {
+    if (modified.size() != original.size()) return false;
+    auto compared = [](const VariationRecord& record) {
+        std::vector<std::pair<std::string, std::string>> fields;
+        for (const VariationField& field : record.fields)
+            if (field.compared) fields.emplace_back(field.label, field.Compared());
+        std::sort(fields.begin(), fields.end());
+        return std::make_pair(record.key, fields);
+    };
+    std::vector<std::pair<std::string, std::vector<std::pair<std::string, std::string>>>> mine, theirs;
+    for (const VariationRecord& record : modified) mine.push_back(compared(record));
+    for (const VariationRecord& record : original) theirs.push_back(compared(record));
+    std::sort(mine.begin(), mine.end());
+    std::sort(theirs.begin(), theirs.end());
+    return mine == theirs;
+}
+
+}  // namespace
+
+std::vector<GVARGlyphChange> FindGVARGlyphChanges(TFontContext& modifiedFont, TFontContext& originalFont) {
+    std::vector<GVARGlyphChange> changes;
+    VellView modifiedTable = modifiedFont.Table(VellMakeTag("gvar")), originalTable = originalFont.Table(VellMakeTag("gvar"));
+    GlyphVariations modified(modifiedTable), original(originalTable);
+    std::vector<VellTag> modifiedAxes = FontAxisTags(&modifiedFont), originalAxes = FontAxisTags(&originalFont);
+    bool sameContext = modified.axisCount == original.axisCount && modified.sharedTuples == original.sharedTuples &&
+                       modifiedAxes == originalAxes;
+    size_t allowance = 64 * (modifiedTable.size() + originalTable.size()) + (1 << 20);
+    OutlinePoints modifiedPoints(modifiedFont.Font()), originalPoints(originalFont.Font());
+    size_t glyphCount = std::max(modified.glyphCount, original.glyphCount);
+    for (size_t glyph = 0; glyph < glyphCount && allowance > 0; ++glyph) {
+        VellView modifiedGlyph = modified.Glyph(glyph), originalGlyph = original.Glyph(glyph);
+        if (sameContext && modifiedGlyph == originalGlyph) continue;
+        size_t modifiedCount = modifiedPoints.Count(glyph), originalCount = originalPoints.Count(glyph);
+        GVARGlyphChange change{static_cast<uint32_t>(glyph),
+                               VellReadGlyphVariations(modifiedGlyph, modified.sharedTuples, modified.axisCount,
+                                                       modifiedCount, &allowance),
+                               VellReadGlyphVariations(originalGlyph, original.sharedTuples, original.axisCount,
+                                                       originalCount, &allowance)};
+        VariationRecords modifiedRecords, originalRecords;
+        AppendGlyphRecords(modifiedRecords, "", change.modified, modifiedAxes, modifiedCount);
+        AppendGlyphRecords(originalRecords, "", change.original, originalAxes, originalCount);
+        MakeKeysUnique(modifiedRecords);
+        MakeKeysUnique(originalRecords);
+        if (!SameRecords(modifiedRecords, originalRecords)) changes.push_back(std::move(change));
+    }
+    return changes;
+}

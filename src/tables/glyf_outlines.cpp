@@ -172,26 +172,28 @@ void PrintGlyphDeltas(TTableDumper& out, int indent, const VellTrueTypeGlyph& mo
         out.PrintStringField(indent, OrigLabel("Bounds"), BoundsText(orig));
     }
     PrintOutlineDeltas(out, indent, mod.outline, orig.outline, false, listed);
-    size_t components = std::max(mod.components.size(), orig.components.size());
-    TTableDumper::PathScope componentScope(out, "components");
-    for (size_t k = 0; k < components; ++k) {
-        const VellGlyphComponent* modComponent = k < mod.components.size() ? &mod.components[k] : nullptr;
-        const VellGlyphComponent* origComponent = k < orig.components.size() ? &orig.components[k] : nullptr;
-        std::string modText = modComponent != nullptr ? ComponentText(*modComponent) : "(none)";
-        std::string origText = origComponent != nullptr ? ComponentText(*origComponent) : "(none)";
-        if (modText == origText) continue;
-        auto side = [&](JsonWriter& writer, const VellGlyphComponent* component) {
-            if (component != nullptr) WriteComponent(writer, *component); else writer.Null();
-        };
-        if (!out.ShowsDifference(DifferenceKind::Changed, k, [&](JsonWriter& writer) {
-                writer.Key("original");
-                side(writer, origComponent);
-                writer.Key("modified");
-                side(writer, modComponent);
-            }) || !listed())
-            continue;
-        out.PrintStringField(indent, ModLabel("Component " + std::to_string(k)), modText);
-        out.PrintStringField(indent, OrigLabel("Component " + std::to_string(k)), origText);
+    {
+        size_t components = std::max(mod.components.size(), orig.components.size());
+        TTableDumper::PathScope componentScope(out, "components");
+        for (size_t k = 0; k < components; ++k) {
+            const VellGlyphComponent* modComponent = k < mod.components.size() ? &mod.components[k] : nullptr;
+            const VellGlyphComponent* origComponent = k < orig.components.size() ? &orig.components[k] : nullptr;
+            std::string modText = modComponent != nullptr ? ComponentText(*modComponent) : "(none)";
+            std::string origText = origComponent != nullptr ? ComponentText(*origComponent) : "(none)";
+            if (modText == origText) continue;
+            auto side = [&](JsonWriter& writer, const VellGlyphComponent* component) {
+                if (component != nullptr) WriteComponent(writer, *component); else writer.Null();
+            };
+            if (!out.ShowsDifference(DifferenceKind::Changed, k, [&](JsonWriter& writer) {
+                    writer.Key("original");
+                    side(writer, origComponent);
+                    writer.Key("modified");
+                    side(writer, modComponent);
+                }) || !listed())
+                continue;
+            out.PrintStringField(indent, ModLabel("Component " + std::to_string(k)), modText);
+            out.PrintStringField(indent, OrigLabel("Component " + std::to_string(k)), origText);
+        }
     }
     if (!(mod.instructions == orig.instructions))
         PrintInstructionDeltas(out, indent, mod.instructions, orig.instructions, listed);

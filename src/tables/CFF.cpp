@@ -365,7 +365,9 @@ int32_t TCFFTableComparator::DumpTableDeltas() {
     SameContext sameContext(modified, original);
     size_t changed = 0;
     VellOutline modifiedOutline, originalOutline;
-    for (auto [m, o] : pairing.pairs) {
+    for (const auto& pair : pairing.pairs) {
+        // Named copies: clang 14 cannot capture structured bindings in the heading lambda.
+        const uint32_t m = pair.first, o = pair.second;
         if (modified.charStrings.Object(m) == original.charStrings.Object(o) &&
             sameContext(modified.fdSelect[m], original.fdSelect[o]))
             continue;

@@ -279,7 +279,9 @@ int32_t TGLYFOutlineTableComparator::DumpTableDeltas() {
 
     size_t changed = 0;
     VellTrueTypeGlyph mod, orig;
-    for (auto [m, o] : pairing.pairs) {
+    for (const auto& pair : pairing.pairs) {
+        // Named copies: clang 14 cannot capture structured bindings in the heading lambda.
+        const uint32_t m = pair.first, o = pair.second;
         VellView modifiedBytes = GlyphBytes(modified, m), originalBytes = GlyphBytes(original, o);
         if (modifiedBytes == originalBytes) continue;
         VellDecodeTrueTypeGlyph(modifiedBytes, &mod);

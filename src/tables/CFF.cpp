@@ -368,6 +368,8 @@ int32_t TCFFTableComparator::DumpTableDeltas() {
     for (const auto& pair : pairing.pairs) {
         // Named copies: clang 14 cannot capture structured bindings in the heading lambda.
         const uint32_t m = pair.first, o = pair.second;
+        // Past the account's budget nothing more is printed or written.
+        if (OutputExhausted()) break;
         if (modified.charStrings.Object(m) == original.charStrings.Object(o) &&
             sameContext(modified.fdSelect[m], original.fdSelect[o]))
             continue;

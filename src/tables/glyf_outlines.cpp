@@ -282,6 +282,8 @@ int32_t TGLYFOutlineTableComparator::DumpTableDeltas() {
     for (const auto& pair : pairing.pairs) {
         // Named copies: clang 14 cannot capture structured bindings in the heading lambda.
         const uint32_t m = pair.first, o = pair.second;
+        // Past the account's budget nothing more is printed or written.
+        if (OutputExhausted()) break;
         VellView modifiedBytes = GlyphBytes(modified, m), originalBytes = GlyphBytes(original, o);
         if (modifiedBytes == originalBytes) continue;
         VellDecodeTrueTypeGlyph(modifiedBytes, &mod);

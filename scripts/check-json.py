@@ -11,6 +11,10 @@ order, table by table:
     halves, a date, a tag, a signed or hexadecimal number, a decimal);
   - 'cmap' remappings, 'name' changes and 'glyf' outlines (bounds and points)
     against their field records, 'hdmx' width changes likewise;
+  - the outline accounts of --opentype ('CFF ', 'CFF2', 'glyf'): their
+    changed-value pairs (DICT fields, widths, moved points, contours, hints,
+    components, instructions) against field records, in order, and the glyphs
+    and contours one font has against entry records;
   - the rows a hex difference marks against the byte-range records.
 
 Usage: scripts/check-json.py [--vellcmp PATH] [--opentype] [ORIGINAL MODIFIED ...]
@@ -255,6 +259,70 @@ def check_pairs(tag, lines, records):
     return len(records)
 
 
+OUTLINE_TAGS = ("CFF ", "CFF2")
+NOT_LISTED = re.compile(r"^\t+(?:Not listed|Changed glyphs not listed|Moved points not listed|"
+                        r"Changed contours not listed|Differing instructions not listed):\t\d+$")
+
+
+def number_text(value):
+    return str(value) if isinstance(value, int) else f"{value:.10g}"
+
+
+def outline_text(label, value):
+    """A field record's value as the outline accounts print it."""
+    if value is None:
+        return "(none)"
+    if isinstance(value, dict):
+        text = f"glyph {value['glyphIndex']}, " + ("offset " if value["flags"] & 2 else "points ")
+        text += f"{value['arguments'][0]} {value['arguments'][1]}"
+        if "matrix" in value:
+            text += ", matrix" + "".join(f" {m:.6g}" for m in value["matrix"])
+        if value["flags"] & ~2:
+            text += f", flags 0x{value['flags']:04X}"
+        return text
+    if isinstance(value, list):
+        if " point " in label:
+            return f"( {value[0]}, {value[1]} )"
+        return " ".join(number_text(v) for v in value)
+    if isinstance(value, (int, float)):
+        return number_text(value)
+    return value
+
+
+def check_outlines(tag, lines, fields, entries):
+    """An outline account's pairs against its field records and its lines of one
+    font (glyphs, contours) against its entry records. The text lists at most so
+    many glyphs, points and contours; where it counts the rest, its lines need
+    only come in the records' order."""
+    cut = any(NOT_LISTED.match(line) for line in lines)
+    texts = text_pairs(lines)
+    # A reordering prints no pair.
+    fields = [r for r in fields if r["path"][-1] != "contourOrder"]
+    if not cut and len(texts) != len(fields):
+        raise Mismatch(f"'{tag}': {len(texts)} changed-value pairs in the text, {len(fields)} field records")
+    at = 0
+    for label, modified, original in texts:
+        while at < len(fields) and (outline_text(label, fields[at]["modified"]) != modified or
+                                    outline_text(label, fields[at]["original"]) != original):
+            if not cut:
+                raise Mismatch(f"'{tag}' {label}: ({modified!r}, {original!r}) against {fields[at]}")
+            at += 1
+        if at == len(fields):
+            raise Mismatch(f"'{tag}' {label}: ({modified!r}, {original!r}) has no field record")
+        at += 1
+    listing, alone = False, 0
+    for line in lines:
+        if line.startswith("### "):
+            listing = line.startswith("### Added ") or line.startswith("### Deleted ")
+        elif listing and re.match(r"^\t(Glyph name|Glyph ID|CID):\t", line):
+            alone += 1
+        elif re.match(r"^\t+(Added|Deleted) contour \d+:\t", line):
+            alone += 1
+    if alone != len(entries) if not cut else alone > len(entries):
+        raise Mismatch(f"'{tag}': {alone} glyphs and contours of one font in the text, {len(entries)} entry records")
+    return at + alone
+
+
 def check_bytes(tag, lines, records):
     rows = {}
     for line in lines:
@@ -317,7 +385,7 @@ def check_pair(vellcmp, options, original, modified):
         tags = [r["table"] for r in records if r["type"] == "table" and r["change"] == change]
         if tags != lists[change]:
             raise Mismatch(f"tables {change}: {lists[change]} in the text, {tags} in the records")
-    checked, notes = 0, []
+    checked, notes, opentype = 0, [], "--opentype" in options
     for tag, account in accounts(text).items():
         of_table = [r for r in records if r.get("table") == tag and r["type"] != "table"]
         fields = [r for r in of_table if r["type"] == "field"]
@@ -328,11 +396,12 @@ def check_pair(vellcmp, options, original, modified):
         checked += len(entries) if expected is not None else 0
         if any(r["type"] == "bytes" for r in of_table):
             if not any(HEX_ROW.match(line) for line in account):
-                # An account that has no records of its own yet (the outline
-                # accounts of --opentype): its records are byte ranges.
+                # An account that gave byte ranges without a hex difference.
                 notes.append(f"'{tag}' as byte ranges")
                 continue
             checked += check_bytes(tag, account, [r for r in of_table if r["type"] == "bytes"])
+        elif tag in OUTLINE_TAGS or (tag == "glyf" and opentype):
+            checked += check_outlines(tag, account, fields, entries)
         elif tag == "glyf":
             checked += check_glyphs(account, fields)
         elif tag == "name":

@@ -5,6 +5,7 @@
 #include <woff2/encode.h>
 
 #include <algorithm>
+#include <sstream>
 
 #include "VellCmpErrors.h"
 #include "comparators/TOutlineDeltas.h"
@@ -521,6 +522,126 @@ TEST(Outlines, HostileIndexCounts) {
         EXPECT_EQ(parsed.charStrings.count, c.count) << c.what;
         for (uint32_t i = 0; i < parsed.charStrings.count; ++i) EXPECT_LE(parsed.charStrings.Object(i).size(), 2u);
     }
+}
+
+}  // namespace
+
+namespace {
+
+// ---- The outline accounts under --json and --ignore ----
+
+// The records of one table's account from a run of vellcmp with --opentype and
+// these options, each as its line.
+std::vector<std::string> OutlineRecords(const FontTables& modified, const FontTables& original, const char* tag,
+                                        std::vector<std::string> options = {"--json"}) {
+    TempDir dir;
+    options.insert(options.begin(), "--opentype");
+    options.push_back(dir.Write("a.otf", BuildSfnt(original)));
+    options.push_back(dir.Write("b.otf", BuildSfnt(modified)));
+    RunResult run = RunVellcmp(options);
+    std::vector<std::string> records;
+    std::istringstream lines(run.out);
+    for (std::string line; std::getline(lines, line);)
+        if (line.find("\"table\":\"" + std::string(tag) + "\"") != std::string::npos &&
+            !line.starts_with(R"({"type":"table")"))
+            records.push_back(line);
+    return records;
+}
+
+// Each 'glyf' difference of the account is a record under its glyph, typed as
+// the glyph holds it; a glyph drawn alike however encoded gives none.
+TEST(Outlines, TrueTypeGlyphRecords) {
+    std::vector<Point> moved = kSquare, unflagged = kBowl;
+    moved[2] = {510, 400};
+    unflagged[1].on = true;
+    FontTables swapped = GlyfFont({Bytes(), SimpleGlyph({kSquare}, kInstructions, true),
+                                   SimpleGlyph({kSquare, kBowl}, {}, true), CompositeGlyph(1, 10, 0)});
+    struct Case {
+        const char* what;
+        FontTables modified;
+        std::vector<std::string> records;
+    } const kCases[] = {
+        {"flags and coordinates packed otherwise", GlyfSample(false), {}},
+        {"one point moved", GlyfSample(true, moved),
+         {R"({"type":"field","table":"glyf","path":["space","contours",0,"points",2],"original":[500,400],)"
+          R"("modified":[510,400]})"}},
+        {"an off-curve point made on-curve", GlyfSample(true, kSquare, unflagged),
+         {R"({"type":"field","table":"glyf","path":["A","contours",0],"original":"M 100 0 Q 300 0 L 300 200 Q 100 200",)"
+          R"("modified":"M 100 0 L 300 0 L 300 200 Q 100 200"})"}},
+        {"an instruction changed", GlyfSample(true, kSquare, kBowl, {0xB0, 0x06, 0x2E}),
+         {R"({"type":"field","table":"glyf","path":["space","instructions",0],"original":"PUSHB[1] 5","modified":"PUSHB[1] 6"})"}},
+        {"an instruction added", GlyfSample(true, kSquare, kBowl, {0xB0, 0x05, 0x2E, 0x2E}),
+         {R"({"type":"field","table":"glyf","path":["space","instructions",2],"original":null,"modified":"MDAP[0]"})"}},
+        {"a component moved", GlyfSample(true, kSquare, kBowl, kInstructions, 20),
+         {R"({"type":"field","table":"glyf","path":["B","components",0],"original":{"glyphIndex":1,"flags":2,)"
+          R"("arguments":[10,0]},"modified":{"glyphIndex":1,"flags":2,"arguments":[20,0]}})"}},
+        {"two contours swapped", swapped,
+         {R"({"type":"field","table":"glyf","path":["A","contourOrder"],"original":[0,1],"modified":[1,0]})"}},
+    };
+    for (const Case& c : kCases) EXPECT_EQ(OutlineRecords(c.modified, GlyfSample(true), "glyf"), c.records) << c.what;
+}
+
+// 'CFF ', CID-keyed 'CFF ' and 'CFF2': DICT fields by operator name with typed
+// operands, glyphs keyed by name, a named instance's outline under its number,
+// and never a byte range.
+TEST(Outlines, PostScriptRecords) {
+    struct Case {
+        const char* original;
+        const char* modified;
+        const char* tag;
+        std::vector<std::string> records;
+    } const kCases[] = {
+        {"cff-original.otf", "cff-modified.otf", "CFF ",
+         {R"({"type":"field","table":"CFF ","path":["Top DICT","FullName"],"original":"Outline Test",)"
+          R"("modified":"Outline Test Edited"})",
+          R"({"type":"field","table":"CFF ","path":["Top DICT","FontBBox"],"original":[50,0,600,800],)"
+          R"("modified":[0,0,600,800]})",
+          // A delta array as the absolute values it stands for.
+          R"({"type":"field","table":"CFF ","path":["Private DICT","BlueValues"],"original":[-10,0,500,510],)"
+          R"("modified":[-12,0,500,510]})",
+          R"({"type":"entry","table":"CFF ","change":"added","path":["D"],"value":{"glyph":4,"name":"D"}})",
+          R"({"type":"field","table":"CFF ","path":["A","contours",0,"points",1],"original":[500,0],"modified":[520,0]})",
+          R"({"type":"field","table":"CFF ","path":["B","width"],"original":700,"modified":710})",
+          R"({"type":"entry","table":"CFF ","change":"added","path":["C","contours",1],)"
+          R"("value":"M 150 450 L 250 450 L 250 550"})"}},
+        {"cid-original.otf", "cid-modified.otf", "CFF ",
+         {R"({"type":"entry","table":"CFF ","change":"added","path":["cid00035"],)"
+          R"("value":{"glyph":2,"name":"cid00035","CID":35}})",
+          R"({"type":"entry","table":"CFF ","change":"deleted","path":["cid15364"],)"
+          R"("value":{"glyph":3,"name":"cid15364","CID":15364}})",
+          R"({"type":"entry","table":"CFF ","change":"deleted","path":["cid15365"],)"
+          R"("value":{"glyph":4,"name":"cid15365","CID":15365}})"}},
+        {"cff2-original.otf", "cff2-modified.otf", "CFF2",
+         {R"({"type":"field","table":"CFF2","path":["A","instance",1,"contours",0,"points",1],"original":[520,0],)"
+          R"("modified":[540,0]})",
+          R"({"type":"field","table":"CFF2","path":["A","instance",1,"contours",0,"points",2],"original":[520,400],)"
+          R"("modified":[540,400]})"}},
+        {"cff-original.otf", "cff-hinted.otf", "CFF ",
+         {R"({"type":"field","table":"CFF ","path":["A","hints"],"original":null,)"
+          R"("modified":"hstem 0 60 340 400 vstem 100 160 440 500 hintmask 1111"})",
+          R"({"type":"field","table":"CFF ","path":["B","hints"],"original":null,"modified":"hstem 0 20"})"}},
+    };
+    for (const Case& c : kCases)
+        EXPECT_EQ(OutlineRecords(FontFile(c.modified), FontFile(c.original), c.tag), c.records) << c.modified;
+}
+
+// --ignore names the outline accounts' differences by the same paths: a glyph
+// whose every difference is left out loses its heading, and a table changed only
+// in what the rules leave out is unchanged.
+TEST(Outlines, IgnoreRulesNameOutlineDifferences) {
+    FontTables original = FontFile("cff-original.otf");
+    TempDir dir;
+    std::string a = dir.Write("a.otf", BuildSfnt(original));
+    std::string modified = dir.Write("b.otf", BuildSfnt(FontFile("cff-modified.otf")));
+    RunResult run = RunVellcmp({"--opentype", "--ignore=CFF .B.width,CFF .Top DICT", a, modified});
+    EXPECT_EQ(run.out.find("FullName"), std::string::npos) << run.out;
+    EXPECT_EQ(run.out.find("\tWidth (mod )"), std::string::npos) << run.out;
+    EXPECT_EQ(run.out.find("\tGlyph ID:\t2\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("\tGlyph ID:\t1\n\t\tContour 0 point 1 (mod ):\t( 520, 0 )\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("BlueValues (mod ):\t-12 0 500 510"), std::string::npos) << run.out;
+    std::string hinted = dir.Write("c.otf", BuildSfnt(FontFile("cff-hinted.otf")));
+    run = RunVellcmp({"--opentype", "--exit-code", "--ignore=CFF .*.hints", a, hinted});
+    EXPECT_EQ(run.out.find("'CFF '"), std::string::npos) << run.out;
 }
 
 }  // namespace

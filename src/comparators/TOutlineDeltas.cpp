@@ -106,24 +106,49 @@ std::string PathText(const VellOutline& outline, size_t contour, size_t limit) {
 }
 
 bool PrintOutlineDeltas(TTableDumper& out, int indent, const VellOutline& modified, const VellOutline& original,
-                        bool widths) {
-    bool printed = false;
+                        bool widths, const std::function<bool()>& listed) {
+    auto printed = [&] { return !listed || listed(); };
+    auto pointValue = [](const char* key, const VellOutlinePoint& point) {
+        return [key, &point](JsonWriter& writer) {
+            writer.Key(key);
+            writer.StartArray();
+            writer.Int(point.x);
+            writer.Int(point.y);
+            writer.EndArray();
+        };
+    };
+    auto textValue = [](const char* key, const std::string& text) {
+        return [key, &text](JsonWriter& writer) {
+            writer.Key(key);
+            WriteText(writer, text);
+        };
+    };
+    bool any = false;
     if (widths && modified.advance != original.advance) {
-        out.PrintInt32Field(indent, ModLabel("Width"), modified.advance, false, true);
-        out.PrintInt32Field(indent, OrigLabel("Width"), original.advance, false, true);
-        printed = true;
+        any = true;
+        if (out.ShowsDifference(DifferenceKind::Changed, "width", [&](JsonWriter& writer) {
+                writer.Key("original");
+                writer.Int(original.advance);
+                writer.Key("modified");
+                writer.Int(modified.advance);
+            }) && printed()) {
+            out.PrintInt32Field(indent, ModLabel("Width"), modified.advance, false, true);
+            out.PrintInt32Field(indent, OrigLabel("Width"), original.advance, false, true);
+        }
     }
-    if (modified.points == original.points && modified.contourEnds == original.contourEnds) return printed;
+    if (modified.points == original.points && modified.contourEnds == original.contourEnds) return any;
 
     // Contours drawn alike in both fonts are paired first, so that one contour
     // inserted or deleted does not make every later one a change.
     std::vector<ContourSpan> modifiedContours = Contours(modified), originalContours = Contours(original);
     std::vector<bool> modifiedPaired(modifiedContours.size()), originalPaired(originalContours.size());
+    std::vector<size_t> pairedWith(modifiedContours.size());
     bool reordered = false;
     for (size_t m = 0; m < modifiedContours.size(); ++m)
         for (size_t o = 0; o < originalContours.size(); ++o)
             if (!originalPaired[o] && modifiedContours[m] == originalContours[o]) {
                 modifiedPaired[m] = originalPaired[o] = true;
+                pairedWith[m] = o;
                 reordered |= m != o;
                 break;
             }
@@ -139,29 +164,69 @@ bool PrintOutlineDeltas(TTableDumper& out, int indent, const VellOutline& modifi
     for (size_t k = 0; k < redrawn; ++k) {
         size_t m = modifiedLeft[k], o = originalLeft[k];
         const ContourSpan &mod = modifiedContours[m], &orig = originalContours[o];
+        // A contour is named by its number in the modified outline.
+        TTableDumper::PathScope contours(out, "contours");
         if (mod.SameKinds(orig)) {
+            TTableDumper::PathScope contour(out, m);
+            TTableDumper::PathScope points(out, "points");
             for (size_t p = 0; p < mod.size(); ++p) {
                 if (mod.begin[p] == orig.begin[p]) continue;
-                if (movedPoints++ >= kListedPoints) continue;
+                if (!out.ShowsDifference(DifferenceKind::Changed, p, [&](JsonWriter& writer) {
+                        pointValue("original", orig.begin[p])(writer);
+                        pointValue("modified", mod.begin[p])(writer);
+                    }))
+                    continue;
+                if (movedPoints++ >= kListedPoints || !printed()) continue;
                 std::string point = " point " + std::to_string(p);
                 out.PrintStringField(indent, ModLabel(Label("Contour", m) + point), PointText(mod.begin[p]));
                 out.PrintStringField(indent, OrigLabel(Label("Contour", o) + point), PointText(orig.begin[p]));
             }
-        } else if (listContour()) {
-            out.PrintStringField(indent, ModLabel(Label("Contour", m)), PathText(modified, m));
-            out.PrintStringField(indent, OrigLabel(Label("Contour", o)), PathText(original, o));
+        } else {
+            std::string modText = PathText(modified, m), origText = PathText(original, o);
+            if (!out.ShowsDifference(DifferenceKind::Changed, m, [&](JsonWriter& writer) {
+                    textValue("original", origText)(writer);
+                    textValue("modified", modText)(writer);
+                }))
+                continue;
+            if (listContour() && printed()) {
+                out.PrintStringField(indent, ModLabel(Label("Contour", m)), modText);
+                out.PrintStringField(indent, OrigLabel(Label("Contour", o)), origText);
+            }
         }
     }
+    auto oneSide = [&](DifferenceKind kind, const char* label, const VellOutline& outline, size_t contour) {
+        TTableDumper::PathScope contours(out, "contours");
+        std::string text = PathText(outline, contour);
+        if (out.ShowsDifference(kind, contour, textValue("value", text)) && listContour() && printed())
+            out.PrintStringField(indent, Label(label, contour), text);
+    };
     for (size_t k = redrawn; k < modifiedLeft.size(); ++k)
-        if (listContour()) out.PrintStringField(indent, Label("Added contour", modifiedLeft[k]), PathText(modified, modifiedLeft[k]));
+        oneSide(DifferenceKind::Added, "Added contour", modified, modifiedLeft[k]);
     for (size_t k = redrawn; k < originalLeft.size(); ++k)
-        if (listContour()) out.PrintStringField(indent, Label("Deleted contour", originalLeft[k]), PathText(original, originalLeft[k]));
-    if (movedPoints > kListedPoints)
+        oneSide(DifferenceKind::Deleted, "Deleted contour", original, originalLeft[k]);
+    if (movedPoints > kListedPoints && printed())
         out.PrintUInt32Field(indent, "Moved points not listed", static_cast<uint32_t>(movedPoints - kListedPoints), false);
-    if (contoursUnlisted > 0)
+    if (contoursUnlisted > 0 && printed())
         out.PrintUInt32Field(indent, "Changed contours not listed", static_cast<uint32_t>(contoursUnlisted), false);
-    if (reordered && modifiedLeft.empty() && originalLeft.empty()) out.PrintStringField(indent, "Contours", "reordered");
+    // Contours only reordered: which original contour each modified one is.
+    if (reordered && modifiedLeft.empty() && originalLeft.empty() &&
+        out.ShowsDifference(DifferenceKind::Changed, "contourOrder", [&](JsonWriter& writer) {
+            writer.Key("original");
+            writer.StartArray();
+            for (size_t o = 0; o < originalContours.size(); ++o) writer.Uint64(o);
+            writer.EndArray();
+            writer.Key("modified");
+            writer.StartArray();
+            for (size_t o : pairedWith) writer.Uint64(o);
+            writer.EndArray();
+        }) && printed())
+        out.PrintStringField(indent, "Contours", "reordered");
     return true;
+}
+
+PathStep GlyphStep(const GlyphPairing& pairing, const std::vector<std::string>& names, uint32_t glyph) {
+    if (pairing.byName && glyph < names.size()) return PathStep(names[glyph]);
+    return PathStep(glyph);
 }
 
 void PrintOutline(TTableDumper& out, int indent, const VellOutline& outline) {

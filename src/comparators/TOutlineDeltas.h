@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -40,8 +41,16 @@ inline constexpr size_t kListedGlyphs = 2000;
 // contours added or deleted, points moved in a contour whose segments are of the
 // same kinds, and whole contours otherwise. Contours equal in both are paired
 // first, wherever they stand. Returns whether anything was printed.
+// Each difference passes the account's gate under the enclosing PathScopes as
+// ["width"], ["contours", contour, "points", point], ["contours", contour] or
+// ["contourOrder"]; `listed`, when given, is asked before the lines of one the
+// gate lets through, and says whether the glyph's lines are printed at all.
 bool PrintOutlineDeltas(TTableDumper& out, int indent, const VellOutline& modified, const VellOutline& original,
-                        bool widths);
+                        bool widths, const std::function<bool()>& listed = {});
+
+// A glyph's step in the outline accounts' paths: its name where the glyphs are
+// paired by name, its number otherwise.
+PathStep GlyphStep(const GlyphPairing& pairing, const std::vector<std::string>& names, uint32_t glyph);
 
 // A glyph number on a line of its own, with its name under -p.
 void PrintGlyphLine(TTableDumper& out, int indent, const char* label, uint32_t glyph);

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 
 #include "comparators/TOutlineDeltas.h"
 #include "framework/VellCFF.h"
@@ -42,7 +43,36 @@ std::string OperandText(const VellCFF& cff, const VellCFFDictEntry& entry) {
 // where something lies in the table are left out.
 struct FieldDelta {
     std::string label, modified, original;
+    const VellCFFDictEntry* modifiedEntry = nullptr;
+    const VellCFFDictEntry* originalEntry = nullptr;
 };
+
+// An entry's operands as a record's value: a string for string IDs and ROS, a
+// number for one operand, an array otherwise (delta arrays as absolute values);
+// null where the DICT has no such entry.
+void WriteOperands(JsonWriter& writer, const VellCFF& cff, const VellCFFDictEntry* entry, const std::string& text) {
+    if (entry == nullptr) {
+        if (text == "(none)") writer.Null(); else WriteText(writer, text);
+        return;
+    }
+    const auto& operands = entry->operands;
+    if ((entry->op == kROSOp && operands.size() == 3) || (VellCFFIsStringOperator(entry->op) && operands.size() == 1))
+        return WriteText(writer, OperandText(cff, *entry));
+    auto number = [&](double value) {
+        if (value == static_cast<double>(static_cast<int64_t>(value)) && value > -1e15 && value < 1e15)
+            writer.Int64(static_cast<int64_t>(value));
+        else
+            writer.Double(value);
+    };
+    if (operands.size() == 1) return number(operands[0]);
+    writer.StartArray();
+    double sum = 0;
+    for (double operand : operands) {
+        sum = VellCFFIsDeltaOperator(entry->op) ? sum + operand : operand;
+        number(sum);
+    }
+    writer.EndArray();
+}
 
 std::vector<FieldDelta> DictDeltas(const VellCFF& modifiedCFF, const VellCFFDict& modified,
                                    const VellCFF& originalCFF, const VellCFFDict& original) {
@@ -55,12 +85,25 @@ std::vector<FieldDelta> DictDeltas(const VellCFF& modifiedCFF, const VellCFFDict
         for (const FieldDelta& delta : deltas)
             if (delta.label == VellCFFOperatorName(op)) return;
         std::string mod = text(modifiedCFF, modified.Find(op)), orig = text(originalCFF, original.Find(op));
-        if (mod != orig) deltas.push_back({VellCFFOperatorName(op), mod, orig});
+        if (mod != orig) deltas.push_back({VellCFFOperatorName(op), mod, orig, modified.Find(op), original.Find(op)});
     };
     for (const VellCFFDictEntry& entry : modified.entries) compare(entry.op);
     for (const VellCFFDictEntry& entry : original.entries)
         if (modified.Find(entry.op) == nullptr) compare(entry.op);
     return deltas;
+}
+
+// Keeps the deltas the account's gate lets through, each under the enclosing
+// PathScopes by its operator's name.
+void FilterDeltas(TTableDumper& out, const VellCFF& modified, const VellCFF& original, std::vector<FieldDelta>& deltas) {
+    std::erase_if(deltas, [&](const FieldDelta& delta) {
+        return !out.ShowsDifference(DifferenceKind::Changed, delta.label, [&](JsonWriter& writer) {
+            writer.Key("original");
+            WriteOperands(writer, original, delta.originalEntry, delta.original);
+            writer.Key("modified");
+            WriteOperands(writer, modified, delta.modifiedEntry, delta.modified);
+        });
+    });
 }
 
 void PrintDeltas(TTableDumper& out, const std::string& heading, const std::vector<FieldDelta>& deltas) {
@@ -202,9 +245,6 @@ int32_t TCFFTableComparator::GetGlyphName(uint32_t glyph, std::string& name) {
 
 int32_t TCFFTableComparator::DumpTableDeltas() {
     if (!HasBothTables()) return 1;
-    // The outline account has no records of its own yet: under --json (and in a
-    // counting pass) the table's differences are its differing byte ranges.
-    if (WritesRecords() || IsCountingPass()) return ReportDifferingRanges();
     VellCFF modified, original;
     std::string why;
     if (!ReadTable(GetTableView(), GetTableTag(), &modified, &why) ||
@@ -213,23 +253,51 @@ int32_t TCFFTableComparator::DumpTableDeltas() {
         return TTableComparator::DumpTableDeltas();
     }
     bool reported = false;
+    // Under --json, --ignore and in a counting pass a glyph's heading waits for
+    // its first difference the gate lets through.
+    const bool filtered = WritesRecords() || IsCountingPass() || !gIgnoreRules.empty();
 
     // ---- The DICTs ----
     std::vector<FieldDelta> top = DictDeltas(modified, modified.top, original, original.top);
     if (modified.fontName != original.fontName) top.insert(top.begin(), {"FontName", modified.fontName, original.fontName});
+    {
+        PathScope scope(*this, "Top DICT");
+        FilterDeltas(*this, modified, original, top);
+    }
     PrintDeltas(*this, "Top DICT", top);
     reported |= !top.empty();
-    if (modified.fonts.size() != original.fonts.size()) {
+    if (modified.fonts.size() != original.fonts.size() &&
+        ShowsDifference(DifferenceKind::Changed, "Font DICTs", [&](JsonWriter& writer) {
+            writer.Key("original");
+            writer.Uint64(original.fonts.size());
+            writer.Key("modified");
+            writer.Uint64(modified.fonts.size());
+        })) {
         PrintUInt32Field(1, ModLabel("Font DICTs"), static_cast<uint32_t>(modified.fonts.size()), false);
         PrintUInt32Field(1, OrigLabel("Font DICTs"), static_cast<uint32_t>(original.fonts.size()), false);
         reported = true;
     }
+    // A name-keyed 'CFF ' has one Private DICT, ["Private DICT", operator]; a
+    // CID-keyed one and 'CFF2' have Font DICTs, ["Font DICT", fd, operator] and
+    // ["Private DICT", fd, operator].
+    const bool fontDicts = modified.cff2 || modified.cidKeyed;
     for (size_t fd = 0; fd < std::min(modified.fonts.size(), original.fonts.size()); ++fd) {
         const VellCFFFont &mod = modified.fonts[fd], &orig = original.fonts[fd];
         std::vector<FieldDelta> deltas;
-        if (modified.cff2 || modified.cidKeyed) deltas = DictDeltas(modified, mod.fontDict, original, orig.fontDict);
-        for (FieldDelta& delta : DictDeltas(modified, mod.privateDict, original, orig.privateDict))
-            deltas.push_back(std::move(delta));
+        if (fontDicts) {
+            deltas = DictDeltas(modified, mod.fontDict, original, orig.fontDict);
+            PathScope scope(*this, "Font DICT");
+            PathScope number(*this, fd);
+            FilterDeltas(*this, modified, original, deltas);
+        }
+        std::vector<FieldDelta> privateDeltas = DictDeltas(modified, mod.privateDict, original, orig.privateDict);
+        {
+            PathScope scope(*this, "Private DICT");
+            std::optional<PathScope> number;
+            if (fontDicts) number.emplace(*this, fd);
+            FilterDeltas(*this, modified, original, privateDeltas);
+        }
+        for (FieldDelta& delta : privateDeltas) deltas.push_back(std::move(delta));
         PrintDeltas(*this, FontDictHeading(modified, fd), deltas);
         reported |= !deltas.empty();
     }
@@ -241,25 +309,42 @@ int32_t TCFFTableComparator::DumpTableDeltas() {
         PairGlyphs(fModifiedNames, modified.GlyphCount(), fOriginalNames, original.GlyphCount());
     const char* what = !pairing.byName ? "glyphs" : modified.cidKeyed && original.cidKeyed ? "CIDs" : "glyph names";
     auto listGlyphs = [&](const std::vector<uint32_t>& glyphs, const VellCFF& cff, const std::vector<std::string>& names,
-                          const std::string& heading) {
-        if (glyphs.empty()) return;
-        PrintLine(heading, true);
-        for (size_t k = 0; k < glyphs.size() && k < kListedGlyphs; ++k) {
-            uint32_t glyph = glyphs[k];
+                          DifferenceKind kind, const std::string& heading) {
+        size_t listed = 0;
+        for (uint32_t glyph : glyphs) {
+            bool cid = cff.cidKeyed && glyph < cff.charset.size();
+            if (!ShowsDifference(kind, GlyphStep(pairing, names, glyph), [&](JsonWriter& writer) {
+                    writer.Key("value");
+                    writer.StartObject();
+                    writer.Key("glyph");
+                    writer.Uint(glyph);
+                    if (glyph < names.size() && !names[glyph].empty()) {
+                        writer.Key("name");
+                        WriteText(writer, names[glyph]);
+                    }
+                    if (cid) {
+                        writer.Key("CID");
+                        writer.Uint(cff.charset[glyph]);
+                    }
+                    writer.EndObject();
+                }))
+                continue;
+            if (listed++ == 0) PrintLine(heading, true);
+            if (listed > kListedGlyphs) continue;
             if (!pairing.byName)
                 PrintUInt32Field(1, "Glyph ID", glyph, false);
-            else if (cff.cidKeyed && glyph < cff.charset.size())
+            else if (cid)
                 PrintUInt16Field(1, "CID", cff.charset[glyph], false);
             else
                 PrintStringField(1, "Glyph name", names[glyph]);
         }
-        if (glyphs.size() > kListedGlyphs)
-            PrintUInt32Field(1, "Not listed", static_cast<uint32_t>(glyphs.size() - kListedGlyphs), false);
-        reported = true;
+        if (listed > kListedGlyphs)
+            PrintUInt32Field(1, "Not listed", static_cast<uint32_t>(listed - kListedGlyphs), false);
+        reported |= listed > 0;
     };
-    listGlyphs(pairing.added, modified, fModifiedNames,
+    listGlyphs(pairing.added, modified, fModifiedNames, DifferenceKind::Added,
                std::string("\n### Added ") + what + " (in modified font and not original font):");
-    listGlyphs(pairing.deleted, original, fOriginalNames,
+    listGlyphs(pairing.deleted, original, fOriginalNames, DifferenceKind::Deleted,
                std::string("\n### Deleted ") + what + " (in original font but not in modified font):");
 
     // ---- The outlines ----
@@ -280,12 +365,17 @@ int32_t TCFFTableComparator::DumpTableDeltas() {
     SameContext sameContext(modified, original);
     size_t changed = 0;
     VellOutline modifiedOutline, originalOutline;
-    for (auto [m, o] : pairing.pairs) {
+    for (const auto& pair : pairing.pairs) {
+        // Named copies: clang 14 cannot capture structured bindings in the heading lambda.
+        const uint32_t m = pair.first, o = pair.second;
+        // Past the account's budget nothing more is printed or written.
+        if (OutputExhausted()) break;
         if (modified.charStrings.Object(m) == original.charStrings.Object(o) &&
             sameContext(modified.fdSelect[m], original.fdSelect[o]))
             continue;
         // Hints are read from the charstrings ('CFF ' only): FreeType draws without them.
         std::string modifiedHints = VellCFFHintText(modified, m), originalHints = VellCFFHintText(original, o);
+        PathScope glyph(*this, GlyphStep(pairing, fModifiedNames, m));
         bool headed = false;
         for (int location = -1; location < instances; ++location) {
             if (instances > 0) {
@@ -296,30 +386,60 @@ int32_t TCFFTableComparator::DumpTableDeltas() {
             bool originalRead = originalFace->Load(o, &originalOutline);
             bool hintsDiffer = location < 0 && modifiedHints != originalHints;
             if (modifiedRead == originalRead && modifiedOutline == originalOutline && !hintsDiffer) continue;
-            if (!headed && changed++ == 0) PrintLine("\n### Changed glyphs:", true);
-            if (changed > kListedGlyphs) break;
-            if (!headed) {
-                PrintGlyphLine(*this, 1, "Glyph ID", m);
-                fNames = &fOriginalNames;
-                if (m != o) PrintGlyphLine(*this, 2, "Original glyph ID", o);
-                fNames = &fModifiedNames;
-                headed = true;
-            }
-            int indent = 2;
-            if (instances > 0) {
-                if (location < 0)
-                    PrintStringField(2, "Location", "default");
-                else
-                    PrintFontNameField(2, "Named instance", modifiedFace->Instances()[location].subfamilyNameID);
-                indent = 3;
+            // The glyph's heading, once, then the location's; whether the lines
+            // of this glyph are printed at all.
+            bool located = false;
+            auto listed = [&] {
+                if (!headed) {
+                    headed = true;
+                    if (changed++ == 0) PrintLine("\n### Changed glyphs:", true);
+                    if (changed > kListedGlyphs) return false;
+                    PrintGlyphLine(*this, 1, "Glyph ID", m);
+                    fNames = &fOriginalNames;
+                    if (m != o) PrintGlyphLine(*this, 2, "Original glyph ID", o);
+                    fNames = &fModifiedNames;
+                }
+                if (changed > kListedGlyphs) return false;
+                if (!located && instances > 0) {
+                    if (location < 0)
+                        PrintStringField(2, "Location", "default");
+                    else
+                        PrintFontNameField(2, "Named instance", modifiedFace->Instances()[location].subfamilyNameID);
+                }
+                located = true;
+                return true;
+            };
+            if (!filtered && !listed()) break;
+            int indent = instances > 0 ? 3 : 2;
+            // A named instance's differences are under ["instance", index]; the
+            // default location's under the glyph itself.
+            std::optional<PathScope> instance, instanceNumber;
+            if (location >= 0) {
+                instance.emplace(*this, "instance");
+                instanceNumber.emplace(*this, location);
             }
             if (modifiedRead != originalRead) {
-                PrintStringField(indent, ModLabel("Charstring"), modifiedRead ? "read" : "not readable");
-                PrintStringField(indent, OrigLabel("Charstring"), originalRead ? "read" : "not readable");
+                if (ShowsDifference(DifferenceKind::Changed, "charstring", [&](JsonWriter& writer) {
+                        writer.Key("original");
+                        writer.String(originalRead ? "read" : "not readable");
+                        writer.Key("modified");
+                        writer.String(modifiedRead ? "read" : "not readable");
+                    }) && listed()) {
+                    PrintStringField(indent, ModLabel("Charstring"), modifiedRead ? "read" : "not readable");
+                    PrintStringField(indent, OrigLabel("Charstring"), originalRead ? "read" : "not readable");
+                }
             } else {
-                PrintOutlineDeltas(*this, indent, modifiedOutline, originalOutline, !modified.cff2);
+                PrintOutlineDeltas(*this, indent, modifiedOutline, originalOutline, !modified.cff2, listed);
             }
-            if (hintsDiffer) {
+            auto hints = [](JsonWriter& writer, const std::string& text) {
+                if (text.empty()) writer.Null(); else WriteText(writer, text);
+            };
+            if (hintsDiffer && ShowsDifference(DifferenceKind::Changed, "hints", [&](JsonWriter& writer) {
+                    writer.Key("original");
+                    hints(writer, originalHints);
+                    writer.Key("modified");
+                    hints(writer, modifiedHints);
+                }) && listed()) {
                 PrintStringField(indent, ModLabel("Hints"), modifiedHints.empty() ? "(none)" : modifiedHints);
                 PrintStringField(indent, OrigLabel("Hints"), originalHints.empty() ? "(none)" : originalHints);
             }

@@ -144,8 +144,8 @@ TEST(Cmap, LoneEncodingsByNameThenMappingsAddedDeletedAndRemappedInCodeOrder) {
 TEST(Cmap, CodesPrintAsUnicodeOnlyInUnicodeEncodings) {
     for (auto [platformID, encodingID, code] :
          {std::tuple{0, 3, "U+0041"}, {3, 10, "U+0041"}, {1, 0, "0x41"}, {3, 0, "0x41"}}) {
-        auto font = [&](uint16_t glyph) {
-            return FontWithCmap({{uint16_t(platformID), uint16_t(encodingID), Format6(0x41, {glyph})}});
+        auto font = [platform = platformID, encoding = encodingID](uint16_t glyph) {
+            return FontWithCmap({{uint16_t(platform), uint16_t(encoding), Format6(0x41, {glyph})}});
         };
         EXPECT_THAT(CompareDeltas(font(2), font(3), "cmap"),
                     EndsWith(kChanged + '\t' + code + " ==> 3 ==> 2\n" + kEnd));

@@ -204,10 +204,7 @@ TEST(DamagedFonts, EveryTableOfAFontWithEveryHandledKind) {
 // The outline accounts of --opentype: 'CFF ' and 'CFF2' run through FreeType,
 // 'glyf' decoded here.
 TEST(DamagedFonts, OutlineTablesUnderOpenType) {
-    struct OpenTypeRound {
-        OpenTypeRound() { gOpenType = 1; }
-        ~OpenTypeRound() { gOpenType = 0; }
-    } openType;
+    OpenTypeForTest openType;
     DamageEveryTable(TestFontTables("cff-original.otf"), 2111, {"CFF ", "hmtx", "maxp"});
     DamageEveryTable(TestFontTables("cff2-original.otf"), 2112, {"CFF2", "fvar", "hmtx", "hhea"});
     DamageEveryTable(TestFontTables("DejaVuSans-subset.ttf"), 2113, {"glyf", "loca"});
@@ -215,10 +212,7 @@ TEST(DamagedFonts, OutlineTablesUnderOpenType) {
 
 // The layout accounts exist only under --opentype.
 TEST(DamagedFonts, LayoutTablesUnderOpenType) {
-    struct OpenTypeRound {
-        OpenTypeRound() { gOpenType = 1; }
-        ~OpenTypeRound() { gOpenType = 0; }
-    } openType;
+    OpenTypeForTest openType;
     DamageEveryTable(TestFontTables("DejaVuSans-subset.ttf"), 20261124);
     DamageEveryTable(EveryTableFont(), 1124);
 }
@@ -228,10 +222,7 @@ TEST(DamagedFonts, EveryTableOfASmallBuiltFont) { DamageEveryTable(SampleFont(),
 // The variable tables' accounts ('fvar', 'avar', 'STAT', 'HVAR', 'MVAR', the 'gvar'
 // comparator) exist only under --opentype.
 TEST(DamagedFonts, EveryTableOfAVariableFontUnderOpenType) {
-    struct OpenTypeRound {
-        OpenTypeRound() { gOpenType = 1; }
-        ~OpenTypeRound() { gOpenType = 0; }
-    } openType;
+    OpenTypeForTest openType;
     DamageEveryTable(TestFontTables("variable.ttf"), 2111);
 }
 

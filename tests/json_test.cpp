@@ -214,10 +214,7 @@ TEST(JsonRecords, EachHandlerNamesItsDifferencesByPath) {
 // Under --opentype, the variable tables' records: keyed like their lists and
 // fields, values typed from what the text prints (decimals, hex flags, points).
 TEST(JsonRecords, VariableTableRecordsUnderOpenType) {
-    struct OpenTypeForTest {
-        OpenTypeForTest() { gOpenType = 1; }
-        ~OpenTypeForTest() { gOpenType = 0; }
-    } openType;
+    OpenTypeForTest openType;
     FontTables original = VariableFont(), modified = VariableFont();
     modified["fvar"] = MakeFvar({{"wdth", 75, 100, 100, 257}, {"wght", 100, 450, 900, 256}},
                                 {{260, {100, 400}, 261}, {258, {75, 720}, 259}, {262, {75, 400}, 263}});

@@ -17,11 +17,6 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-struct OpenTypeForTest {
-    OpenTypeForTest() { gOpenType = 1; }
-    ~OpenTypeForTest() { gOpenType = 0; }
-};
-
 std::string Rules(const VellLayoutAccount& account) {
     std::string text;
     for (const VellLayoutRuleList& list : account.lists) {

@@ -16,11 +16,6 @@
 
 namespace {
 
-struct OpenTypeForTest {
-    OpenTypeForTest() { gOpenType = 1; }
-    ~OpenTypeForTest() { gOpenType = 0; }
-};
-
 FontTables FontTablesOf(const Bytes& file) {
     LoadedFont loaded(file, false);
     FontTables tables;

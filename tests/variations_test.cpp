@@ -13,11 +13,6 @@
 
 namespace {
 
-struct OpenTypeForTest {
-    OpenTypeForTest() { gOpenType = 1; }
-    ~OpenTypeForTest() { gOpenType = 0; }
-};
-
 // What velldump --opentype prints for the table, without its frame.
 std::string DumpOpenType(const FontTables& font, const char* tag) {
     OpenTypeForTest openType;

@@ -168,7 +168,7 @@ std::string PostScriptGlyphName(const VellHandle& post, uint32_t glyphCount, uin
 }
 
 TTableDumper::TTableDumper(VellHandle table, FILE* out, VellFontRef font)
-    : fTable(std::move(table)), fOutput(out), fFont(font), fNoOutput(out == nullptr) {}
+    : fTable(std::move(table)), fOutput(out), fFont(font) {}
 
 TTableDumper::TTableDumper(TFontContext& font, VellTag tag, FILE* out)
     : TTableDumper(font.CopyTable(tag), out, font.Font()) {

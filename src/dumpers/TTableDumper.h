@@ -201,7 +201,6 @@ private:
     FILE* fOutput;
     VellFontRef fFont;
     TFontContext* fContext = nullptr;
-    bool fNoOutput;
     VellTag fTag = 0x20202020;
     std::string fPendingLine;
     std::string fLine;

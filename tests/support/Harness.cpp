@@ -89,6 +89,9 @@ std::string DumpTable(const FontTables& font, const char* tag) {
     return out.Text();
 }
 
+OpenTypeForTest::OpenTypeForTest() { gOpenType = 1; }
+OpenTypeForTest::~OpenTypeForTest() { gOpenType = 0; }
+
 SwitchesForTest::SwitchesForTest(bool postScriptNames, bool unicodeNames) {
     gShowPostScriptNames = postScriptNames;
     gShowUnicodeNames = unicodeNames;

@@ -52,6 +52,12 @@ std::string DumpContents(const Bytes& table) {
     return out.Text();
 }
 
+// --opentype for the life of a test or a damage round.
+struct OpenTypeForTest {
+    OpenTypeForTest();
+    ~OpenTypeForTest();
+};
+
 // Sets the process-wide switches for one test and restores them after it.
 struct SwitchesForTest {
     SwitchesForTest(bool postScriptNames, bool unicodeNames);

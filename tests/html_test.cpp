@@ -241,4 +241,52 @@ TEST(Html, CFFGlyphsDrawnUnderOpenType) {
     EXPECT_THAT(cff, Not(HasSubstr("Q")));
 }
 
+// The section of the page drawn for one table, and its figures' captions.
+std::string TableSection(const std::string& html, const char* tag) {
+    size_t start = html.find(std::string("data-tag=\"") + tag + "\"");
+    if (start == std::string::npos) return {};
+    return html.substr(start, html.find("</section>", start) - start);
+}
+
+size_t FigureCount(const std::string& section) {
+    size_t figures = 0;
+    for (size_t at = section.find("<figure"); at != std::string::npos; at = section.find("<figure", at + 1)) ++figures;
+    return figures;
+}
+
+// A 'CFF2' glyph whose blend differs only at the named instance "Bold" is drawn
+// there, both fonts at its coordinates, and the caption says where.
+TEST(Html, CFF2GlyphDrawnAtTheNamedInstanceWhereItDiffers) {
+    TempDir dir;
+    std::string page = dir.Path("page.html");
+    RunVellcmp({"--opentype", "--html=" + page, VELLCMP_SOURCE_DIR "/tests/fonts/cff2-original.otf",
+                VELLCMP_SOURCE_DIR "/tests/fonts/cff2-modified.otf"});
+    std::string cff2 = TableSection(ReadFile(page), "CFF2");
+    ASSERT_FALSE(cff2.empty());
+    EXPECT_EQ(FigureCount(cff2), 1u);
+    EXPECT_THAT(cff2, HasSubstr("At the named instance 257 &quot;Bold&quot;"));
+    // At "Bold" the modified glyph's right side stands at 540, the original's at 520.
+    EXPECT_THAT(cff2, HasSubstr("d=\"M100 0L540 0L540 400L100 400L100 0Z\""));
+    EXPECT_THAT(cff2, HasSubstr("d=\"M100 0L520 0L520 400L100 400L100 0Z\""));
+}
+
+// A 'CFF ' caption gives the width the charstring carries, not the 'hmtx' advance.
+TEST(Html, CFFCaptionsShowTheCharstringWidth) {
+    std::string bytes = ReadFile(VELLCMP_SOURCE_DIR "/tests/fonts/cff-modified.otf");
+    Bytes modified(bytes.begin(), bytes.end());
+    auto u16 = [&](size_t at) { return static_cast<uint32_t>(modified[at] << 8 | modified[at + 1]); };
+    auto u32 = [&](size_t at) { return u16(at) << 16 | u16(at + 2); };
+    // The 'hmtx' advance of glyph 2 "B" (710 in its charstring) becomes 999.
+    for (size_t record = 12; record < 12 + 16 * u16(4); record += 16)
+        if (std::string(bytes, record, 4) == "hmtx") SetU16(modified, u32(record + 8) + 8, 999);
+    TempDir dir;
+    std::string page = dir.Path("page.html");
+    RunVellcmp({"--opentype", "--html=" + page, VELLCMP_SOURCE_DIR "/tests/fonts/cff-original.otf",
+                dir.Write("m.otf", modified)});
+    std::string cff = TableSection(ReadFile(page), "CFF ");
+    ASSERT_FALSE(cff.empty());
+    EXPECT_THAT(cff, HasSubstr("U+0042, advance 710"));
+    EXPECT_THAT(cff, Not(HasSubstr("advance 999")));
+}
+
 }  // namespace

@@ -114,7 +114,7 @@ DrawnSide ReadSide(const TGlyphSide& side) {
     if (side.source == nullptr) return drawn;
     drawn.present = true;
     drawn.outline = side.outline ? *side.outline : side.source->Outline(side.glyph);
-    drawn.advance = side.source->Advance(side.glyph);
+    drawn.advance = side.advance ? side.advance : side.source->Advance(side.glyph);
     return drawn;
 }
 
@@ -147,7 +147,7 @@ std::string GlyphCaption(const TGlyphSide& side, const char* sideClass) {
     std::string name = side.source->Name(side.glyph);
     if (!name.empty()) caption += " <span class=\"name\">" + HtmlEscape(name) + "</span>";
     if (std::optional<uint32_t> code = side.source->Unicode(side.glyph)) caption += " " + UnicodeText(*code);
-    if (std::optional<uint16_t> advance = side.source->Advance(side.glyph))
+    if (std::optional<uint16_t> advance = side.advance ? side.advance : side.source->Advance(side.glyph))
         caption += VellFormat(", advance %u", *advance);
     return caption + "</div>";
 }
@@ -747,9 +747,11 @@ TDrawnOutline CubicOutline(const VellOutline& outline) {
     return drawn;
 }
 
-// Each glyph whose outline the 'CFF ' or 'CFF2' account reports at the default
-// location, both fonts' glyphs overlaid (paired by name when both fonts name
-// every glyph), then the glyphs only one font has, drawn alone.
+// Each glyph whose outline the 'CFF ' or 'CFF2' account reports, both fonts'
+// glyphs overlaid (paired by name when both fonts name every glyph) at the
+// default location or, for a 'CFF2' glyph that differs only there, at the first
+// named instance where it differs; then the glyphs only one font has, drawn
+// alone at the default location. Widths are the charstrings' where they give one.
 std::string DrawCFFChanges(VellTag tag, TGlyphSource& modified, TGlyphSource& original, uint32_t limit,
                            uint32_t* drawn) {
     FigureList figures(limit);
@@ -757,25 +759,46 @@ std::string DrawCFFChanges(VellTag tag, TGlyphSource& modified, TGlyphSource& or
     if (!OrNothing([&] { return FindCFFGlyphChanges(modified.Context(), original.Context(), tag, &changes); })
              .value_or(false))
         return figures.Finish("changed glyphs are", drawn);
-    auto outline = [](VellOutlineFace& face, uint32_t glyph) {
+    struct Loaded {
+        TDrawnOutline outline;
+        std::optional<uint16_t> advance;
+    };
+    auto load = [](VellOutlineFace& face, uint32_t glyph) {
         VellOutline loaded;
         face.Load(glyph, &loaded);
-        return CubicOutline(loaded);
+        Loaded side{CubicOutline(loaded), std::nullopt};
+        if (loaded.advance > 0 && loaded.advance <= UINT16_MAX) side.advance = static_cast<uint16_t>(loaded.advance);
+        return side;
     };
-    for (auto [m, o] : changes.changed) {
+    for (const CFFGlyphChange& change : changes.changed) {
         if (!figures.Take()) continue;
-        TDrawnOutline modifiedOutline = outline(*changes.modifiedFace, m), originalOutline = outline(*changes.originalFace, o);
-        figures.Add(DrawGlyphFigure({&modified, m, &modifiedOutline}, {&original, o, &originalOutline}, ""));
+        std::string note;
+        if (change.location >= 0) {
+            changes.modifiedFace->SetInstance(change.location);
+            changes.originalFace->SetInstance(change.location);
+            uint16_t nameID = changes.modifiedFace->Instances()[change.location].subfamilyNameID;
+            note = VellFormat("At the named instance %u", nameID);
+            std::string name =
+                OrNothing([&] { return NameOnly(modified.Context().Font(), nameID); }).value_or(std::string());
+            if (!name.empty()) note += " \"" + name + "\"";
+        }
+        Loaded mod = load(*changes.modifiedFace, change.modified), orig = load(*changes.originalFace, change.original);
+        if (change.location >= 0) {
+            changes.modifiedFace->SetInstance(-1);
+            changes.originalFace->SetInstance(-1);
+        }
+        figures.Add(DrawGlyphFigure({&modified, change.modified, &mod.outline, mod.advance},
+                                    {&original, change.original, &orig.outline, orig.advance}, note));
     }
     for (uint32_t glyph : changes.added) {
         if (!figures.Take()) continue;
-        TDrawnOutline added = outline(*changes.modifiedFace, glyph);
-        figures.Add(DrawGlyphFigure({&modified, glyph, &added}, {}, "Added glyph"));
+        Loaded added = load(*changes.modifiedFace, glyph);
+        figures.Add(DrawGlyphFigure({&modified, glyph, &added.outline, added.advance}, {}, "Added glyph"));
     }
     for (uint32_t glyph : changes.deleted) {
         if (!figures.Take()) continue;
-        TDrawnOutline deleted = outline(*changes.originalFace, glyph);
-        figures.Add(DrawGlyphFigure({}, {&original, glyph, &deleted}, "Deleted glyph"));
+        Loaded deleted = load(*changes.originalFace, glyph);
+        figures.Add(DrawGlyphFigure({}, {&original, glyph, &deleted.outline, deleted.advance}, "Deleted glyph"));
     }
     return figures.Finish("changed glyphs are", drawn);
 }

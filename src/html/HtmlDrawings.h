@@ -79,6 +79,7 @@ struct TGlyphSide {
     TGlyphSource* source = nullptr;
     uint32_t glyph = 0;
     const TDrawnOutline* outline = nullptr;  // drawn instead of the glyph's own (a variation's outline)
+    std::optional<uint16_t> advance = std::nullopt;  // shown instead of 'hmtx' (a charstring's width)
 };
 std::string DrawGlyphFigure(const TGlyphSide& modified, const TGlyphSide& original, std::string_view note);
 

@@ -145,6 +145,15 @@ std::unique_ptr<VellOutlineFace> OpenFace(TFontContext& font, VellView table, co
     return VellOutlineFace::OpenSfnt(VellBuildSfnt(tables), why);
 }
 
+// How many named instances the outlines are compared at: all of them when both
+// fonts have the same ones at the same coordinates, else none.
+int ComparedInstances(const VellOutlineFace& modified, const VellOutlineFace& original) {
+    if (modified.Instances().size() != original.Instances().size()) return 0;
+    for (size_t i = 0; i < modified.Instances().size(); ++i)
+        if (modified.Instances()[i].coordinates != original.Instances()[i].coordinates) return 0;
+    return static_cast<int>(modified.Instances().size());
+}
+
 std::vector<std::string> GlyphNames(TFontContext& font, const VellCFF& cff) {
     std::vector<std::string> names;
     if (VellCFFGlyphNames(cff, &names)) return names;
@@ -355,13 +364,7 @@ int32_t TCFFTableComparator::DumpTableDeltas() {
         PrintLine("\tNote: " + why + "; the difference in hex follows", true);
         return TTableComparator::DumpTableDeltas();
     }
-    // Named instances are compared only when both fonts have the same ones.
-    int instances = 0;
-    if (modifiedFace->Instances().size() == originalFace->Instances().size()) {
-        instances = static_cast<int>(modifiedFace->Instances().size());
-        for (int i = 0; i < instances; ++i)
-            if (modifiedFace->Instances()[i].coordinates != originalFace->Instances()[i].coordinates) instances = 0;
-    }
+    int instances = ComparedInstances(*modifiedFace, *originalFace);
     SameContext sameContext(modified, original);
     size_t changed = 0;
     VellOutline modifiedOutline, originalOutline;
@@ -466,17 +469,31 @@ bool FindCFFGlyphChanges(TFontContext& modifiedFont, TFontContext& originalFont,
                                       GlyphNames(originalFont, original), original.GlyphCount());
     changes->added = pairing.added;
     changes->deleted = pairing.deleted;
+    int instances = ComparedInstances(*changes->modifiedFace, *changes->originalFace);
     SameContext sameContext(modified, original);
     VellOutline modifiedOutline, originalOutline;
     for (auto [m, o] : pairing.pairs) {
         if (modified.charStrings.Object(m) == original.charStrings.Object(o) &&
             sameContext(modified.fdSelect[m], original.fdSelect[o]))
             continue;
-        bool modifiedRead = changes->modifiedFace->Load(m, &modifiedOutline);
-        bool originalRead = changes->originalFace->Load(o, &originalOutline);
-        if (modifiedRead != originalRead || !(modifiedOutline == originalOutline) ||
-            VellCFFHintText(modified, m) != VellCFFHintText(original, o))
-            changes->changed.emplace_back(m, o);
+        bool hintsDiffer = VellCFFHintText(modified, m) != VellCFFHintText(original, o);
+        for (int location = -1; location < instances; ++location) {
+            if (instances > 0) {
+                changes->modifiedFace->SetInstance(location);
+                changes->originalFace->SetInstance(location);
+            }
+            bool modifiedRead = changes->modifiedFace->Load(m, &modifiedOutline);
+            bool originalRead = changes->originalFace->Load(o, &originalOutline);
+            if (modifiedRead != originalRead || !(modifiedOutline == originalOutline) || (location < 0 && hintsDiffer)) {
+                changes->changed.push_back({m, o, location});
+                break;
+            }
+        }
+    }
+    // The faces are left at the default location, where added and deleted glyphs are drawn.
+    if (instances > 0) {
+        changes->modifiedFace->SetInstance(-1);
+        changes->originalFace->SetInstance(-1);
     }
     return true;
 }

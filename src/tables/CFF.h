@@ -39,11 +39,16 @@ private:
 };
 
 // The glyphs of two 'CFF ' or 'CFF2' tables as the comparator pairs them, and
-// those whose outline or hints at the default location differ, with both fonts'
-// outline engines to draw them. The --html page draws them.
+// those whose outline or hints differ at the default location or, for 'CFF2',
+// at a named instance the account compares, with both fonts' outline engines to
+// draw them. The --html page draws them.
+struct CFFGlyphChange {
+    uint32_t modified = 0, original = 0;
+    int location = -1;  // the first where the glyphs differ: -1 the default, else a named instance
+};
 struct CFFGlyphChanges {
     std::unique_ptr<VellOutlineFace> modifiedFace, originalFace;
-    std::vector<std::pair<uint32_t, uint32_t>> changed;  // (modified, original)
+    std::vector<CFFGlyphChange> changed;
     std::vector<uint32_t> added, deleted;
 };
 // False when either table cannot be read or opened.

@@ -170,20 +170,20 @@ def velldump_glyphs(path, tag, full_name):
     return {gid: tuple(value) for gid, value in glyphs.items()}
 
 
-def check(spec):
-    path, _, face = spec.partition("#")
+def check(entry):
+    path, _, face = entry.partition("#")
     number_in_file = int(face) if face else -1
     font = TTFont(path, fontNumber=number_in_file, lazy=True)
     full_name = font["name"].getDebugName(4) if path.lower().endswith((".ttc", ".otc")) else None
     tag = next((t for t in ("CFF ", "CFF2", "glyf") if t in font), None)
     if tag is None:
-        print(f"{spec}: no outlines")
+        print(f"{entry}: no outlines")
         return True
     expected = fonttools_glyf(font) if tag == "glyf" else fonttools_cff(font, tag)
     found = velldump_glyphs(path, tag, full_name)
     wrong = [gid for gid in expected if found.get(gid) != expected[gid]]
     wrong += [gid for gid in found if gid not in expected]
-    print(f"{spec} '{tag}': {len(expected)} glyphs, {len(expected) - len(wrong)} agree, {len(wrong)} differ")
+    print(f"{entry} '{tag}': {len(expected)} glyphs, {len(expected) - len(wrong)} agree, {len(wrong)} differ")
     for gid in wrong[:5]:
         print(f"  glyph {gid}:\n    fontTools {expected.get(gid)}\n    velldump  {found.get(gid)}")
     return not wrong
@@ -193,17 +193,17 @@ def main():
     arguments = sys.argv[1:]
     all_faces = "--all-faces" in arguments
     fonts = [a for a in arguments if a != "--all-faces"] or DEFAULT_FONTS
-    specs = []
-    for spec in fonts:
-        path = spec.partition("#")[0]
+    entries = []
+    for entry in fonts:
+        path = entry.partition("#")[0]
         if all_faces and path.lower().endswith((".ttc", ".otc")):
-            specs += [f"{path}#{n}" for n in range(len(TTCollection(path).fonts))]
+            entries += [f"{path}#{n}" for n in range(len(TTCollection(path).fonts))]
         else:
-            specs.append(spec)
-    missing = [s for s in specs if not os.path.exists(s.partition("#")[0])]
-    for spec in missing:
-        print(f"{spec}: not installed, skipped")
-    results = [check(spec) for spec in specs if spec not in missing]
+            entries.append(entry)
+    missing = [s for s in entries if not os.path.exists(s.partition("#")[0])]
+    for entry in missing:
+        print(f"{entry}: not installed, skipped")
+    results = [check(entry) for entry in entries if entry not in missing]
     sys.exit(0 if all(results) else 1)
 
 

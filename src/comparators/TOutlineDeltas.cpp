@@ -239,3 +239,8 @@ void PrintGlyphLine(TTableDumper& out, int indent, const char* label, uint32_t g
     else
         out.PrintUInt32Field(indent, label, glyph, false);
 }
+
+int32_t TOutlineTableComparator::GetGlyphName(uint32_t glyph, std::string& name) {
+    name = glyph < fNames->size() ? (*fNames)[glyph] : std::string();
+    return 0;
+}

@@ -8,8 +8,21 @@
 #include <string>
 #include <vector>
 
+#include "comparators/TTableComparator.h"
 #include "dumpers/TTableDumper.h"
 #include "framework/VellOutlines.h"
+
+// The frame of an outline comparator: under -p a glyph is named by the font it
+// belongs to, which the account switches to while it lists that font's glyphs.
+class TOutlineTableComparator : public TTableComparator {
+public:
+    using TTableComparator::TTableComparator;
+    int32_t GetGlyphName(uint32_t glyph, std::string& name) override;
+
+protected:
+    std::vector<std::string> fModifiedNames, fOriginalNames;
+    const std::vector<std::string>* fNames = &fModifiedNames;
+};
 
 // Which glyph of the original font each glyph of the modified font is compared
 // with. By name when both fonts name every glyph, each name once; otherwise by

@@ -247,11 +247,6 @@ int32_t TCFFTableDumper::DumpTableContents() {
 
 // ---- Comparator ----
 
-int32_t TCFFTableComparator::GetGlyphName(uint32_t glyph, std::string& name) {
-    name = glyph < fNames->size() ? (*fNames)[glyph] : std::string();
-    return 0;
-}
-
 int32_t TCFFTableComparator::DumpTableDeltas() {
     if (!HasBothTables()) return 1;
     VellCFF modified, original;

@@ -12,9 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "comparators/TOutlineDeltas.h"
 #include "framework/VellOutlines.h"
-
-#include "comparators/TTableComparator.h"
 
 class TCFFTableDumper : public TTableDumper {
 public:
@@ -26,16 +25,10 @@ private:
     std::vector<std::string> fNames;
 };
 
-class TCFFTableComparator : public TTableComparator {
+class TCFFTableComparator : public TOutlineTableComparator {
 public:
-    using TTableComparator::TTableComparator;
+    using TOutlineTableComparator::TOutlineTableComparator;
     int32_t DumpTableDeltas() override;
-    // Names under -p come from the charset of the font the glyph belongs to.
-    int32_t GetGlyphName(uint32_t glyph, std::string& name) override;
-
-private:
-    std::vector<std::string> fModifiedNames, fOriginalNames;
-    const std::vector<std::string>* fNames = &fModifiedNames;
 };
 
 // The glyphs of two 'CFF ' or 'CFF2' tables as the comparator pairs them, and

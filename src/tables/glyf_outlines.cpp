@@ -228,11 +228,6 @@ int32_t TGLYFOutlineTableDumper::DumpTableContents() {
 
 // ---- Comparator ----
 
-int32_t TGLYFOutlineTableComparator::GetGlyphName(uint32_t glyph, std::string& name) {
-    name = glyph < fNames->size() ? (*fNames)[glyph] : std::string();
-    return 0;
-}
-
 int32_t TGLYFOutlineTableComparator::DumpTableDeltas() {
     if (!HasBothTables()) return 1;
     VellGlyphLocations modified = FindGlyphs(GetModifiedFont()), original = FindGlyphs(GetOriginalFont());

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "comparators/TTableComparator.h"
+#include "comparators/TOutlineDeltas.h"
 
 class TGLYFOutlineTableDumper : public TTableDumper {
 public:
@@ -17,16 +17,10 @@ public:
     int32_t DumpTableContents() override;
 };
 
-class TGLYFOutlineTableComparator : public TTableComparator {
+class TGLYFOutlineTableComparator : public TOutlineTableComparator {
 public:
-    using TTableComparator::TTableComparator;
+    using TOutlineTableComparator::TOutlineTableComparator;
     int32_t DumpTableDeltas() override;
-    // Names under -p come from the 'post' of the font the glyph belongs to.
-    int32_t GetGlyphName(uint32_t glyph, std::string& name) override;
-
-private:
-    std::vector<std::string> fModifiedNames, fOriginalNames;
-    const std::vector<std::string>* fNames = &fModifiedNames;
 };
 
 // The glyphs this comparator reports: the pairs (modified, original) whose
